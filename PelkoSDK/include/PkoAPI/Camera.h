@@ -1,0 +1,59 @@
+#ifndef PKOAPI_CAMERA_H
+#define PKOAPI_CAMERA_H
+
+#include <PkoAPI/Feature.h>
+#include <PkoAPI/PkoCommonTypes.h>
+#include <PkoAPI/SharedPointer.h>
+
+#include <string>
+#include <vector>
+
+namespace ZMT {
+namespace PkoAPI {
+
+// A camera found by PkoSystem. Same general contract as Feature: error codes,
+// no exceptions, outputs unchanged on failure, callable from any thread.
+class Camera {
+public:
+    virtual ~Camera() = default;
+
+    // Identifier that PkoSystem::GetCameraByID accepts, e.g. "SIM-LINE-ROUTING".
+    virtual int GetID(std::string& id) const = 0;
+    // Model name as the camera reports it.
+    virtual int GetModel(std::string& model) const = 0;
+    // Readable name for camera lists.
+    virtual int GetName(std::string& name) const = 0;
+
+    // Opening an open camera, or closing a closed one, succeeds and does nothing.
+    virtual int Open() = 0;
+    virtual int Close() = 0;
+    virtual bool IsOpen() const = 0;
+
+    // Every feature of the open camera in the camera's order (categories
+    // first-come), replacing the contents of features.
+    // PkoErrorDeviceNotOpen when the camera is not open.
+    virtual int GetFeatures(std::vector<FeaturePtr>& features) = 0;
+    // The first feature of that exact (case-sensitive) name; PkoErrorNotFound.
+    virtual int GetFeatureByName(const char* name, FeaturePtr& feature) = 0;
+
+    // Run the camera's "AcquisitionStart" / "AcquisitionStop" commands.
+    virtual int StartAcquisition() = 0;
+    virtual int StopAcquisition() = 0;
+    // Whether the camera is acquiring (it may stop by itself, e.g. after
+    // the frames of a multi-frame acquisition).
+    virtual bool IsAcquiring() const = 0;
+    // Frames delivered since the camera was opened.
+    virtual unsigned long long FramesDelivered() const = 0;
+
+protected:
+    Camera() = default;
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
+};
+
+typedef shared_ptr<Camera> CameraPtr;
+
+}  // namespace PkoAPI
+}  // namespace ZMT
+
+#endif

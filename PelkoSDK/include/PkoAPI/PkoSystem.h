@@ -1,0 +1,35 @@
+#ifndef PKOAPI_PKOSYSTEM_H
+#define PKOAPI_PKOSYSTEM_H
+
+#include <PkoAPI/Camera.h>
+#include <PkoAPI/PkoCommonTypes.h>
+
+#include <string>
+#include <vector>
+
+namespace ZMT {
+namespace PkoAPI {
+
+// Entry point of the SDK: the list of cameras the machine can reach.
+// The simulated models are always present. Each ID maps to one Camera object
+// for the lifetime of the process, so every client of a camera shares it.
+class PkoSystem {
+public:
+    static PkoSystem& GetInstance();
+
+    // Every camera, simulated models first, replacing the contents of cameras.
+    int GetCameras(std::vector<CameraPtr>& cameras);
+    // PkoErrorNotFound for an unknown ID, PkoErrorBadParameter for null.
+    int GetCameraByID(const char* id, CameraPtr& camera);
+
+private:
+    PkoSystem();
+    PkoSystem(const PkoSystem&) = delete;
+    PkoSystem& operator=(const PkoSystem&) = delete;
+    std::vector<CameraPtr> m_Cameras;
+};
+
+}  // namespace PkoAPI
+}  // namespace ZMT
+
+#endif
