@@ -18,5 +18,6 @@ run_suite "$root/build-test"
 if [ "${1:-}" != "--no-sanitizer" ]; then
   echo "== sanitizer build and tests"
   ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+    LSAN_OPTIONS=suppressions=$root/tools/lsan.supp:print_suppressions=0 \
     run_suite "$root/build-asan" -DPKO_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 fi

@@ -31,7 +31,13 @@ public:
 // A rule on the camera's state: writability, entry availability.
 typedef std::function<bool(const Context&)> Predicate;
 // A derived value: returns the value text, or nothing to use the stored value.
+// While a selected feature's value is computed for one selector entry, the
+// Context reads that entry for every feature of the same selector; reading
+// the computed feature itself gives its stored value.
 typedef std::function<std::optional<std::string>(const Context&)> ValueRule;
+// Rules run while the camera is locked: they must reach the camera through
+// the Context only, never through Feature or Camera calls. A rule that throws
+// counts as false (Predicate) or as nothing (ValueRule).
 
 // One write that reached the simulated camera, in the order they arrived.
 // value is the written value as text: integers in decimal, floats in the
