@@ -1,5 +1,7 @@
 #include "BaseTabPluginWidget.h"
 
+#include "FeatureText.h"
+
 #include "PluginFeatureObserver.h"
 
 #include <QComboBox>
@@ -19,31 +21,6 @@ namespace {
 // Drops every message. Installed by each tab and never removed, so that the
 // viewer's console stays quiet once a tab exists; kept on purpose.
 void DiscardMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
-
-// The feature's name by the two-call protocol; false when it cannot be read.
-bool ReadName(const FeaturePtr& feature, QString& name)
-{
-    unsigned int length = 0;
-    if (feature->GetName(nullptr, length) != ZMT::PkoAPI::PkoErrorSuccess)
-        return false;
-    if (length == 0) {
-        name = QString("");
-        return true;
-    }
-    if (length == std::numeric_limits<unsigned int>::max())
-        return false;
-    std::vector<char> buffer;
-    try {
-        buffer.assign(static_cast<std::size_t>(length) + 1, '\0');
-    } catch (const std::exception&) {
-        return false;
-    }
-    unsigned int size = length + 1;
-    if (feature->GetName(buffer.data(), size) != ZMT::PkoAPI::PkoErrorSuccess)
-        return false;
-    name = QString::fromLatin1(buffer.data(), static_cast<int>(size < length ? size : length));
-    return true;
-}
 
 }  // namespace
 
@@ -143,7 +120,7 @@ int BaseTabPluginWidget::RegisterObservers(bool queueAll)
     int result = ZMT::PkoAPI::PkoErrorSuccess;
     for (const FeaturePtr& feature : features) {
         QString name;
-        if (!feature || !ReadName(feature, name))
+        if (!feature || !FeatureText::ReadName(*feature, name))
             continue;
         if (!m_ObservedFeatures.contains(name, Qt::CaseSensitive))
             continue;
@@ -169,7 +146,7 @@ int BaseTabPluginWidget::UnregisterObservers()
     int result = ZMT::PkoAPI::PkoErrorSuccess;
     for (const FeaturePtr& feature : features) {
         QString name;
-        if (!feature || !ReadName(feature, name))
+        if (!feature || !FeatureText::ReadName(*feature, name))
             continue;
         if (!m_ObservedFeatures.contains(name, Qt::CaseSensitive))
             continue;

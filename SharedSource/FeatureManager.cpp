@@ -1,5 +1,7 @@
 #include "FeatureManager.h"
 
+#include "FeatureText.h"
+
 #include <QByteArray>
 #include <QDebug>
 
@@ -16,47 +18,16 @@ using ZMT::PkoAPI::PkoFeatureDataType;
 
 namespace {
 
-// Two-call text protocol: ask for the length, then read into a zeroed buffer
-// one byte longer. read(buffer, length) is the SDK call to make.
-template <class Read>
-int ReadText(Read read, std::string& text)
-{
-    unsigned int length = 0;
-    int error = read(nullptr, length);
-    if (error != ZMT::PkoAPI::PkoErrorSuccess)
-        return error;
-    if (length == 0) {
-        text.clear();
-        return ZMT::PkoAPI::PkoErrorSuccess;
-    }
-    if (length == std::numeric_limits<unsigned int>::max())
-        return ZMT::PkoAPI::PkoErrorResources;
-    std::vector<char> buffer;
-    try {
-        buffer.assign(static_cast<std::size_t>(length) + 1, '\0');
-    } catch (const std::bad_alloc&) {
-        return ZMT::PkoAPI::PkoErrorResources;
-    } catch (const std::length_error&) {
-        return ZMT::PkoAPI::PkoErrorResources;
-    }
-    unsigned int size = length + 1;
-    error = read(buffer.data(), size);
-    if (error != ZMT::PkoAPI::PkoErrorSuccess)
-        return error;
-    text.assign(buffer.data(), std::min(size, length));
-    return ZMT::PkoAPI::PkoErrorSuccess;
-}
-
 QString ReadQText(const FeaturePtr& feature, int (Feature::*read)(char*, unsigned int&))
 {
     std::string text;
     if (!feature)
         return QString();
     const int error =
-        ReadText([&](char* buffer, unsigned int& length) { return ((*feature).*read)(buffer, length); }, text);
+        FeatureText::Read([&](char* buffer, unsigned int& length) { return ((*feature).*read)(buffer, length); }, text);
     if (error != ZMT::PkoAPI::PkoErrorSuccess)
         return QString();
-    return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
+    return FeatureText::ToQString(text);
 }
 
 // Truncates towards zero; saturates where a double has no 64-bit counterpart
@@ -104,8 +75,8 @@ FeaturePtr FeatureManager::GetFeature(const std::string& name)
         if (!feature)
             continue;
         std::string featureName;
-        const int error =
-            ReadText([&](char* buffer, unsigned int& length) { return feature->GetName(buffer, length); }, featureName);
+        const int error = FeatureText::Read(
+            [&](char* buffer, unsigned int& length) { return feature->GetName(buffer, length); }, featureName);
         if (error != ZMT::PkoAPI::PkoErrorSuccess)
             continue;
         if (featureName == name)

@@ -1,52 +1,10 @@
 #include "PluginFeatureObserver.h"
 
-#include <limits>
-#include <new>
-#include <stdexcept>
+#include "FeatureText.h"
+
 #include <string>
-#include <vector>
 
 using ZMT::PkoAPI::Feature;
-
-namespace {
-
-// Two-call text protocol: length first, then a zeroed buffer one byte longer.
-// A buffer that cannot be had counts as exhausted resources.
-template <class Read>
-int ReadText(Read read, std::string& text)
-{
-    unsigned int length = 0;
-    int error = read(nullptr, length);
-    if (error != ZMT::PkoAPI::PkoErrorSuccess)
-        return error;
-    if (length == 0) {
-        text.clear();
-        return ZMT::PkoAPI::PkoErrorSuccess;
-    }
-    if (length == std::numeric_limits<unsigned int>::max())
-        return ZMT::PkoAPI::PkoErrorResources;
-    std::vector<char> buffer;
-    try {
-        buffer.assign(static_cast<std::size_t>(length) + 1, '\0');
-    } catch (const std::bad_alloc&) {
-        return ZMT::PkoAPI::PkoErrorResources;
-    } catch (const std::length_error&) {
-        return ZMT::PkoAPI::PkoErrorResources;
-    }
-    unsigned int size = length + 1;
-    error = read(buffer.data(), size);
-    if (error != ZMT::PkoAPI::PkoErrorSuccess)
-        return error;
-    text.assign(buffer.data(), size < length ? size : length);
-    return ZMT::PkoAPI::PkoErrorSuccess;
-}
-
-QString ToQString(const std::string& text)
-{
-    return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
-}
-
-}  // namespace
 
 PluginFeatureObserver::PluginFeatureObserver() : QObject(nullptr) {}
 
@@ -57,10 +15,10 @@ void PluginFeatureObserver::FeatureChanged(const ZMT::PkoAPI::shared_ptr<ZMT::Pk
     Feature& target = *feature;
 
     std::string name;
-    if (ReadText([&](char* buffer, unsigned int& length) { return target.GetName(buffer, length); }, name) !=
+    if (FeatureText::Read([&](char* buffer, unsigned int& length) { return target.GetName(buffer, length); }, name) !=
         ZMT::PkoAPI::PkoErrorSuccess)
         return;
-    const QString featureName = ToQString(name);
+    const QString featureName = FeatureText::ToQString(name);
 
     ZMT::PkoAPI::PkoFeatureDataType dataType = ZMT::PkoAPI::PkoFeatureDataUnknown;
     if (target.GetDataType(dataType) != ZMT::PkoAPI::PkoErrorSuccess)
@@ -84,9 +42,9 @@ void PluginFeatureObserver::FeatureChanged(const ZMT::PkoAPI::shared_ptr<ZMT::Pk
         case ZMT::PkoAPI::PkoFeatureDataEnum:
         case ZMT::PkoAPI::PkoFeatureDataString: {
             std::string text;
-            if (ReadText([&](char* buffer, unsigned int& length) { return target.GetValue(buffer, length); }, text) ==
-                ZMT::PkoAPI::PkoErrorSuccess)
-                value = ToQString(text);
+            if (FeatureText::Read([&](char* buffer, unsigned int& length) { return target.GetValue(buffer, length); },
+                                  text) == ZMT::PkoAPI::PkoErrorSuccess)
+                value = FeatureText::ToQString(text);
             break;
         }
         case ZMT::PkoAPI::PkoFeatureDataBool: {

@@ -1,0 +1,163 @@
+// Smoke test of the "Trigger IO" widget: it is built, shown and refreshed once
+// on every simulated camera model, and refused on the one without trigger
+// features.
+
+#include "IOTriggerWidget.h"
+#include "TENotSupported.h"
+
+#include <PkoAPI/PkoAPI.h>
+#include <PkoAPI/Sim/CameraBuilder.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSet>
+#include <QSpinBox>
+#include <QtTest>
+
+#include <memory>
+#include <vector>
+
+using ZMT::PkoAPI::FeaturePtr;
+using ZMT::PkoAPI::Sim::SimCameraPtr;
+
+namespace {
+
+typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
+
+SimCameraPtr OpenModel(const QString& id)
+{
+    SimCameraPtr camera = ZMT::PkoAPI::Sim::CreateModel(id.toStdString());
+    if (camera)
+        camera->Open();
+    return camera;
+}
+
+FeatureList FeaturesOf(const SimCameraPtr& camera)
+{
+    std::vector<FeaturePtr> features;
+    camera->GetFeatures(features);
+    FeatureList list(new QVector<FeaturePtr>());
+    for (const FeaturePtr& feature : features)
+        list->append(feature);
+    return list;
+}
+
+// Delivers what the camera has reported so far to the widget's queue.
+void DeliverNotifications(const SimCameraPtr& camera)
+{
+    camera->WaitForNotifications(5000);
+    QCoreApplication::processEvents();
+}
+
+}  // namespace
+
+class TestIOTriggerWidgetSmoke : public QObject {
+    Q_OBJECT
+
+private slots:
+    void shouldBuildShowAndRefreshTheTab_data();
+    void shouldBuildShowAndRefreshTheTab();
+    void shouldRefuseACameraWithoutTriggerFeatures();
+};
+
+void TestIOTriggerWidgetSmoke::shouldBuildShowAndRefreshTheTab_data()
+{
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<bool>("hasRouting");
+    QTest::newRow("line routing") << "SIM-LINE-ROUTING" << true;
+    QTest::newRow("line sfnc") << "SIM-LINE-SFNC" << false;
+    QTest::newRow("sync out") << "SIM-SYNCOUT" << false;
+    QTest::newRow("line out") << "SIM-LINEOUT" << false;
+}
+
+void TestIOTriggerWidgetSmoke::shouldBuildShowAndRefreshTheTab()
+{
+    QFETCH(QString, model);
+    QFETCH(bool, hasRouting);
+
+    SimCameraPtr camera = OpenModel(model);
+    QVERIFY(camera);
+
+    QWidget page;
+    std::unique_ptr<IOTriggerWidget> widget(new IOTriggerWidget(FeaturesOf(camera), &page));
+    QCOMPARE(widget->objectName(), QString("IOTriggerWidget"));
+    QCOMPARE(widget->accessibleName(), QString("Trigger IO"));
+    QCOMPARE(page.accessibleName(), QString("Trigger IO"));
+
+    const char* alwaysThere[] = {"combo_TriggerSource",
+                                 "combo_TriggerActivation",
+                                 "combo_TriggerSelector",
+                                 "combo_TriggerMode",
+                                 "combo_AcquisitionMode",
+                                 "pb_SWTrigger",
+                                 "spin_AcquisitionFrameCount",
+                                 "pb_Edge",
+                                 "pb_Level",
+                                 "pb_Bulk"};
+    for (const char* name : alwaysThere)
+        QVERIFY2(widget->findChild<QWidget*>(name) != nullptr, name);
+    QCOMPARE(widget->findChild<QComboBox*>("combo_InputLineSelector") != nullptr, hasRouting);
+    QCOMPARE(widget->findChild<QCheckBox*>("cb_LineRouting") != nullptr, hasRouting);
+    // Automatic exposure and exposure mode never both exist.
+    QVERIFY(widget->findChild<QComboBox*>("combo_ExposureAuto") == nullptr ||
+            widget->findChild<QComboBox*>("combo_ExposureMode") == nullptr);
+
+    // One output row per output line, and nothing beyond.
+    QVERIFY(!widget->Outputs().isEmpty());
+    for (int i = 0; i < widget->Outputs().size(); ++i) {
+        QLabel* label = widget->findChild<QLabel*>(QString("l_Out_%1").arg(i));
+        QVERIFY(label != nullptr);
+        QCOMPARE(label->text(), widget->Outputs().at(i) + ": ");
+        QVERIFY(widget->findChild<QComboBox*>(QString("combo_OutSource_%1").arg(i)) != nullptr);
+    }
+    QVERIFY(widget->findChild<QComboBox*>(QString("combo_OutSource_%1").arg(widget->Outputs().size())) == nullptr);
+
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+    QVERIFY(widget->isVisible());
+
+    // A change by the camera itself reaches the trigger source combo at the next tick.
+    QComboBox* source = widget->findChild<QComboBox*>("combo_TriggerSource");
+    QVERIFY(source->count() > 1);
+    const QString otherSource = source->itemText(source->currentIndex() == 0 ? 1 : 0);
+    QCOMPARE(camera->ChangeFromCamera("TriggerSource", otherSource.toStdString()), 0);
+    DeliverNotifications(camera);
+    camera->ClearJournal();
+
+    QVERIFY(QMetaObject::invokeMethod(widget.get(), "updateTimer", Qt::DirectConnection));
+    QCOMPARE(source->currentText(), otherSource);
+    QCOMPARE(source->currentText(), QString::fromStdString(camera->ValueText("TriggerSource")));
+
+    // The refresh shows values and never writes one back: the only writes are
+    // the selector round trips, which restore every selector.
+    const QSet<QString> selectors = {"LineSelector", "SyncOutSelector", "LineOutSelector", "UserOutputSelector"};
+    for (const ZMT::PkoAPI::Sim::JournalEntry& entry : camera->Journal())
+        QVERIFY2(selectors.contains(QString::fromStdString(entry.feature)), entry.feature.c_str());
+}
+
+void TestIOTriggerWidgetSmoke::shouldRefuseACameraWithoutTriggerFeatures()
+{
+    SimCameraPtr camera = OpenModel("SIM-NO-TRIGGER");
+    QVERIFY(camera);
+
+    QWidget page;
+    page.setAccessibleName("before");
+    bool refused = false;
+    try {
+        IOTriggerWidget widget(FeaturesOf(camera), &page);
+    } catch (const TENotSupported& refusal) {
+        refused = true;
+        QCOMPARE(refusal.m_ErrorCode, 4);
+        QCOMPARE(refusal.m_Origin, QString("IOTriggerWidget"));
+        QCOMPARE(refusal.m_Message, QString("Trigger functionality not available, widget not constructed"));
+    }
+    QVERIFY(refused);
+    QCOMPARE(page.accessibleName(), QString(""));
+    QVERIFY(page.findChildren<QWidget*>().isEmpty());
+}
+
+QTEST_MAIN(TestIOTriggerWidgetSmoke)
+#include "tst_iotriggerwidget_smoke.moc"
