@@ -7,6 +7,7 @@ packages=(
   build-essential cmake clang-format git
   qtbase5-dev qttools5-dev qttools5-dev-tools
   xvfb xauth x11-utils
+  libaravis-dev aravis-tools aravis-tools-cli libusb-1.0-0-dev pkg-config
   fonts-dejavu-core
 )
 missing=()

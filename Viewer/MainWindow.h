@@ -1,0 +1,97 @@
+#ifndef MAINWINDOW_H
+#define MAINWINDOW_H
+
+#include "FeatureTableModel.h"
+#include "ViewerLog.h"
+
+#include <PkoAPI/Camera.h>
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+class FeaturesTab;
+class PluginLoader;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QTabWidget;
+class QTimer;
+
+// The viewer's window: the open camera's name, state and frame counter, an
+// Acquisition Start/Stop button, one tab per tab extension plug-in (filled by
+// the plug-in's CreateTabWidget), the "Features" tab and a log panel.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    // plugins and log must outlive the window. The window's streaming signal
+    // is forwarded to every plug-in the loader accepted.
+    MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent = nullptr);
+    // Closes the camera (stopping its acquisition first).
+    ~MainWindow() override;
+
+    // Closes the current camera and opens camera: its features, one page per
+    // plug-in (a plug-in that refuses the camera loses its page, and the
+    // status bar says so) and the Features tab. Returns false, logs the
+    // SDK's error and leaves the window without camera when opening fails.
+    bool OpenCamera(const ZMT::PkoAPI::CameraPtr& camera);
+    // OpenCamera for the SDK's camera of that ID; false (logged) for an
+    // unknown ID.
+    bool OpenCameraById(const QString& id);
+    // Stops acquisition, removes the plug-in pages and closes the camera.
+    // Does nothing without camera.
+    void CloseCamera();
+
+    ZMT::PkoAPI::CameraPtr Camera() const { return m_Camera; }
+    bool IsStreaming() const { return m_Streaming; }
+    // The titles in the tab bar, left to right.
+    QStringList TabTitles() const;
+    QTabWidget* Tabs() const { return m_Tabs; }
+    FeaturesTab* Features() const { return m_FeaturesTab; }
+
+public slots:
+    // Starts acquisition when idle, stops it when acquiring, then emits
+    // streamingChanged with the camera's new state. A refusal of the camera
+    // is logged and leaves the state as it is.
+    void ToggleAcquisition();
+    // Lets the user pick another camera and opens it.
+    void ChooseCamera();
+
+signals:
+    // The camera started (true) or stopped (false) acquiring.
+    void streamingChanged(bool isStreaming);
+
+private slots:
+    void OnPoll();
+    void OnLogMessage(ViewerLog::Level level, const QString& message);
+
+private:
+    void CreatePluginPages();
+    void RemovePluginPages();
+    void SetStreaming(bool isStreaming);
+    void UpdateHeader();
+    QString CameraId() const;
+
+    PluginLoader& m_Plugins;
+    ViewerLog& m_Log;
+    QLabel* m_CameraLabel;
+    QLabel* m_StateLabel;
+    QLineEdit* m_FramesField;
+    QPushButton* m_OpenButton;
+    QPushButton* m_AcquisitionButton;
+    QTabWidget* m_Tabs;
+    FeaturesTab* m_FeaturesTab;
+    QPlainTextEdit* m_LogView;
+    QTimer* m_PollTimer;
+
+    ZMT::PkoAPI::CameraPtr m_Camera;
+    FeatureTableModel::FeatureList m_Features;
+    QVector<QPointer<QWidget>> m_PluginPages;
+    bool m_Streaming;
+};
+
+#endif

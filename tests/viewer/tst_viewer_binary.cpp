@@ -1,0 +1,186 @@
+// The real PelkoViewer program: camera list, screenshots under Xvfb in
+// English and German, the offscreen fall-back without display, and errors.
+
+#include <PkoAPI/Sim/CameraBuilder.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QProcess>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <string>
+
+namespace {
+
+const QSize kWindowSize(1060, 900);
+
+struct Run {
+    int exitCode = -1;
+    QString output;
+    QString errors;
+};
+
+// The environment of the test without anything that picks a display,
+// platform or language.
+QProcessEnvironment CleanEnvironment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name :
+         {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANG", "LC_ALL", "LC_MESSAGES", "LC_NUMERIC", "LANGUAGE"}) {
+        environment.remove(QString::fromLatin1(name));
+    }
+    return environment;
+}
+
+Run Start(const QString& program, const QStringList& arguments, const QProcessEnvironment& environment)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    Run run;
+    if (!process.waitForStarted(10000) || !process.waitForFinished(120000)) {
+        process.kill();
+        process.waitForFinished(5000);
+        run.errors = QStringLiteral("did not start or finish: ") + process.errorString();
+        return run;
+    }
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.output = QString::fromUtf8(process.readAllStandardOutput());
+    run.errors = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
+// Distinct colours in a grid of samples: a blank picture has one.
+int SampledColours(const QImage& image)
+{
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 7) {
+        for (int x = 0; x < image.width(); x += 7) {
+            colours.insert(image.pixel(x, y));
+        }
+    }
+    return colours.size();
+}
+
+}  // namespace
+
+class ViewerBinaryTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void shouldListTheIdsOfTheSimulatedCameras();
+    void shouldSaveAScreenshotUnderXvfbInTheUsersLanguage_data();
+    void shouldSaveAScreenshotUnderXvfbInTheUsersLanguage();
+    void shouldFallBackToOffscreenWithoutDisplay();
+    void shouldDropTheTabOfACameraWithoutTriggerFeatures();
+    void shouldExitWithAnErrorForAnUnknownCamera();
+
+private:
+    QString m_Viewer;
+    std::unique_ptr<QTemporaryDir> m_Folder;
+};
+
+void ViewerBinaryTest::initTestCase()
+{
+    m_Viewer = QStringLiteral(PKO_VIEWER_FILE);
+    QVERIFY(QFileInfo(m_Viewer).isExecutable());
+    m_Folder.reset(new QTemporaryDir);
+    QVERIFY(m_Folder->isValid());
+}
+
+void ViewerBinaryTest::shouldListTheIdsOfTheSimulatedCameras()
+{
+    const Run run = Start(m_Viewer, {QStringLiteral("--list-cameras")}, CleanEnvironment());
+    QCOMPARE(run.exitCode, 0);
+    const QStringList lines = run.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const std::vector<std::string> models = ZMT::PkoAPI::Sim::ModelIds();
+    QVERIFY(lines.size() >= int(models.size()));
+    for (std::size_t i = 0; i < models.size(); ++i) {
+        QCOMPARE(lines.at(int(i)).section(QLatin1Char('\t'), 0, 0).toStdString(), models[i]);
+    }
+}
+
+void ViewerBinaryTest::shouldSaveAScreenshotUnderXvfbInTheUsersLanguage_data()
+{
+    QTest::addColumn<QString>("locale");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("English") << QStringLiteral("C.UTF-8") << QStringLiteral("Trigger IO");
+    QTest::newRow("German") << QStringLiteral("de_DE.UTF-8") << QStringLiteral("Trigger-E/A");
+}
+
+void ViewerBinaryTest::shouldSaveAScreenshotUnderXvfbInTheUsersLanguage()
+{
+    QFETCH(QString, locale);
+    QFETCH(QString, title);
+    const QString xvfbRun = QStandardPaths::findExecutable(QStringLiteral("xvfb-run"));
+    if (xvfbRun.isEmpty()) {
+        QSKIP("xvfb-run is not installed");
+    }
+    const QString picture = m_Folder->filePath(QStringLiteral("xvfb-%1.png").arg(QTest::currentDataTag()));
+    QProcessEnvironment environment = CleanEnvironment();
+    environment.insert(QStringLiteral("LANG"), locale);
+    environment.insert(QStringLiteral("LC_ALL"), locale);
+    // xcb on purpose: the picture must come from a real X server.
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    // A bare X server has no session bus and no GPU: without these, libdbus's
+    // autolaunch and Mesa's GLX keep memory that the sanitizer build reports.
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=/nonexistent"));
+    environment.insert(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("none"));
+    const Run run = Start(xvfbRun,
+                          {QStringLiteral("-a"), QStringLiteral("-s"), QStringLiteral("-screen 0 1280x1024x24"),
+                           m_Viewer, QStringLiteral("--screenshot"), picture, QStringLiteral("--print-tabs")},
+                          environment);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
+    QVERIFY2(run.output.contains(QStringLiteral("tab: %1\ntab: Features\n").arg(title)), qPrintable(run.output));
+    QVERIFY2(run.output.contains(QStringLiteral("screenshot: ") + picture), qPrintable(run.output));
+    const QImage image(picture);
+    QVERIFY(!image.isNull());
+    QCOMPARE(image.size(), kWindowSize);
+    QVERIFY(SampledColours(image) > 20);
+}
+
+void ViewerBinaryTest::shouldFallBackToOffscreenWithoutDisplay()
+{
+    const QString picture = m_Folder->filePath(QStringLiteral("offscreen.png"));
+    const Run run =
+        Start(m_Viewer, {QStringLiteral("--screenshot"), picture, QStringLiteral("--print-tabs")}, CleanEnvironment());
+    QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
+    QVERIFY2(run.output.contains(QStringLiteral("tab: Trigger IO\ntab: Features\n")), qPrintable(run.output));
+    const QImage image(picture);
+    QCOMPARE(image.size(), kWindowSize);
+    QVERIFY(SampledColours(image) > 20);
+}
+
+void ViewerBinaryTest::shouldDropTheTabOfACameraWithoutTriggerFeatures()
+{
+    const QString picture = m_Folder->filePath(QStringLiteral("notrigger.png"));
+    const Run run = Start(m_Viewer,
+                          {QStringLiteral("--camera"), QStringLiteral("SIM-NO-TRIGGER"), QStringLiteral("--screenshot"),
+                           picture, QStringLiteral("--print-tabs")},
+                          CleanEnvironment());
+    QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
+    QVERIFY2(run.output.startsWith(QStringLiteral("tab: Features\nscreenshot: ")), qPrintable(run.output));
+    QVERIFY2(run.errors.contains(QStringLiteral(
+                 "PelkoViewer: Camera SIM-NO-TRIGGER does not support the tabextensiontriggerio tab; tab removed")),
+             qPrintable(run.errors));
+}
+
+void ViewerBinaryTest::shouldExitWithAnErrorForAnUnknownCamera()
+{
+    const Run run = Start(m_Viewer,
+                          {QStringLiteral("--camera"), QStringLiteral("NO-SUCH-CAMERA"), QStringLiteral("--screenshot"),
+                           m_Folder->filePath(QStringLiteral("never.png"))},
+                          CleanEnvironment());
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.contains(QStringLiteral("PelkoViewer: No camera with ID NO-SUCH-CAMERA")),
+             qPrintable(run.errors));
+    QVERIFY(!QFile::exists(m_Folder->filePath(QStringLiteral("never.png"))));
+}
+
+QTEST_MAIN(ViewerBinaryTest)
+#include "tst_viewer_binary.moc"
