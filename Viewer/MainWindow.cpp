@@ -2,6 +2,7 @@
 
 #include "CameraListDialog.h"
 #include "FeaturesTab.h"
+#include "LiveImageView.h"
 #include "PluginLoader.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -51,9 +52,11 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
       m_AcquisitionButton(new QPushButton(QStringLiteral("Start Acquisition"), this)),
       m_Tabs(new QTabWidget(this)),
       m_FeaturesTab(new FeaturesTab(log, this)),
+      m_LiveView(new LiveImageView(this)),
       m_LogView(new QPlainTextEdit(this)),
       m_PollTimer(new QTimer(this)),
-      m_Streaming(false)
+      m_Streaming(false),
+      m_Lost(false)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("PelkoViewer"));
@@ -92,9 +95,19 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
     header->addWidget(m_OpenButton);
     header->addWidget(m_AcquisitionButton);
 
+    // The tabs scroll, so the image may take some of their width.
+    QSplitter* imageSplitter = new QSplitter(Qt::Horizontal, this);
+    imageSplitter->setObjectName(QStringLiteral("imageSplitter"));
+    imageSplitter->addWidget(m_Tabs);
+    imageSplitter->addWidget(m_LiveView);
+    imageSplitter->setStretchFactor(0, 1);
+    imageSplitter->setStretchFactor(1, 0);
+    imageSplitter->setSizes({1000, 360});
+    imageSplitter->setChildrenCollapsible(false);
+
     QSplitter* splitter = new QSplitter(Qt::Vertical, this);
     splitter->setObjectName(QStringLiteral("mainSplitter"));
-    splitter->addWidget(m_Tabs);
+    splitter->addWidget(imageSplitter);
     splitter->addWidget(m_LogView);
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 0);
@@ -135,7 +148,8 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
     m_PollTimer->setInterval(kPollIntervalMs);
     UpdateHeader();
     m_Tabs->setFocus();
-    resize(1060, 900);
+    // Fits a 1280-pixel-wide screen with the live image beside the tabs.
+    resize(1280, 900);
 }
 
 MainWindow::~MainWindow()
@@ -198,6 +212,7 @@ bool MainWindow::OpenCamera(const ZMT::PkoAPI::CameraPtr& camera)
         SetStreaming(true);
     }
     m_PollTimer->start();
+    m_LiveView->SetCamera(m_Camera);
     UpdateHeader();
     return true;
 }
@@ -208,7 +223,9 @@ void MainWindow::CloseCamera()
         return;
     }
     m_PollTimer->stop();
-    if (m_Camera->IsAcquiring()) {
+    m_LiveView->SetCamera(ZMT::PkoAPI::CameraPtr());
+    // A lost camera would only refuse.
+    if (!m_Lost && m_Camera->IsAcquiring()) {
         ZMT::PkoAPI::Sim::WriterScope scope(kWriterName);
         const int result = m_Camera->StopAcquisition();
         if (result != PkoErrorSuccess) {
@@ -227,6 +244,7 @@ void MainWindow::CloseCamera()
         m_Log.Problem(QStringLiteral("Could not close camera %1: %2").arg(id, ErrorText(result)));
     }
     m_Camera.reset();
+    m_Lost = false;
     UpdateHeader();
 }
 
@@ -300,6 +318,10 @@ void MainWindow::ToggleAcquisition()
         m_Log.Problem(QStringLiteral("No camera is open"));
         return;
     }
+    if (m_Lost) {
+        m_Log.Problem(QStringLiteral("Camera %1 was lost; open it again to retry").arg(CameraId()));
+        return;
+    }
     const bool start = !m_Camera->IsAcquiring();
     int result = PkoErrorSuccess;
     {
@@ -328,7 +350,11 @@ void MainWindow::ChooseCamera()
 
 void MainWindow::OnPoll()
 {
-    if (!m_Camera) {
+    if (!m_Camera || m_Lost) {
+        return;
+    }
+    if (m_Camera->IsConnectionLost()) {
+        OnConnectionLost();
         return;
     }
     if (!m_Camera->IsOpen()) {
@@ -339,6 +365,17 @@ void MainWindow::OnPoll()
     // The camera may stop by itself (after the frames of a multi-frame
     // acquisition) or be started by someone else.
     SetStreaming(m_Camera->IsAcquiring());
+    UpdateHeader();
+}
+
+void MainWindow::OnConnectionLost()
+{
+    // Every further call would fail at once; one report is enough.
+    m_Lost = true;
+    m_PollTimer->stop();
+    m_LiveView->Freeze();
+    SetStreaming(false);
+    m_Log.Problem(QStringLiteral("Camera %1 was lost").arg(CameraId()));
     UpdateHeader();
 }
 
@@ -384,6 +421,13 @@ void MainWindow::UpdateHeader()
     m_StateLabel->setText(m_Streaming ? QStringLiteral("<span style=\"color:#1a7f37\">\u25CF</span> Acquiring")
                                       : QStringLiteral("<span style=\"color:#888888\">\u25CF</span> Idle"));
     m_FramesField->setText(QString::number(m_Camera->FramesDelivered()));
+    if (m_Lost) {
+        m_StateLabel->setText(QStringLiteral("<span style=\"color:#cf222e\">\u25CF</span> Lost"));
+        m_AcquisitionButton->setEnabled(false);
+        m_AcquisitionButton->setText(QStringLiteral("Start Acquisition"));
+        setWindowTitle(QStringLiteral("PelkoViewer \u2014 %1 (lost)").arg(CameraId()));
+        return;
+    }
     m_AcquisitionButton->setEnabled(true);
     m_AcquisitionButton->setText(m_Streaming ? QStringLiteral("Stop Acquisition")
                                              : QStringLiteral("Start Acquisition"));

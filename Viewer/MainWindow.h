@@ -13,6 +13,7 @@
 #include <QVector>
 
 class FeaturesTab;
+class LiveImageView;
 class PluginLoader;
 class QLabel;
 class QLineEdit;
@@ -23,7 +24,9 @@ class QTimer;
 
 // The viewer's window: the open camera's name, state and frame counter, an
 // Acquisition Start/Stop button, one tab per tab extension plug-in (filled by
-// the plug-in's CreateTabWidget), the "Features" tab and a log panel.
+// the plug-in's CreateTabWidget), the "Features" tab, the live image beside
+// the tabs and a log panel. A camera that stops answering is reported once
+// and left alone until another camera (or the same one again) is opened.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -48,10 +51,13 @@ public:
 
     ZMT::PkoAPI::CameraPtr Camera() const { return m_Camera; }
     bool IsStreaming() const { return m_Streaming; }
+    // The open camera stopped answering (see Camera::IsConnectionLost).
+    bool IsCameraLost() const { return m_Lost; }
     // The titles in the tab bar, left to right.
     QStringList TabTitles() const;
     QTabWidget* Tabs() const { return m_Tabs; }
     FeaturesTab* Features() const { return m_FeaturesTab; }
+    LiveImageView* LiveView() const { return m_LiveView; }
 
 public slots:
     // Starts acquisition when idle, stops it when acquiring, then emits
@@ -73,6 +79,7 @@ private:
     void CreatePluginPages();
     void RemovePluginPages();
     void SetStreaming(bool isStreaming);
+    void OnConnectionLost();
     void UpdateHeader();
     QString CameraId() const;
 
@@ -85,6 +92,7 @@ private:
     QPushButton* m_AcquisitionButton;
     QTabWidget* m_Tabs;
     FeaturesTab* m_FeaturesTab;
+    LiveImageView* m_LiveView;
     QPlainTextEdit* m_LogView;
     QTimer* m_PollTimer;
 
@@ -92,6 +100,7 @@ private:
     FeatureTableModel::FeatureList m_Features;
     QVector<QPointer<QWidget>> m_PluginPages;
     bool m_Streaming;
+    bool m_Lost;
 };
 
 #endif

@@ -81,7 +81,9 @@ int main(int argc, char** argv)
         QStringLiteral("FILE"));
     const QCommandLineOption printTabsOption(QStringLiteral("print-tabs"),
                                              QStringLiteral("Print the tab titles once the window has settled."));
-    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption});
+    const QCommandLineOption startOption(QStringLiteral("start-acquisition"),
+                                         QStringLiteral("Start the camera's acquisition once it is open."));
+    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption});
     parser.process(app);
 
     // Relative to where the user started us, before we move.
@@ -107,6 +109,9 @@ int main(int argc, char** argv)
     }
     if (!cameraId.isEmpty() && !window.OpenCameraById(cameraId) && parser.isSet(cameraOption)) {
         return 2;
+    }
+    if (parser.isSet(startOption) && window.Camera() && !window.IsStreaming()) {
+        window.ToggleAcquisition();
     }
     window.show();
 

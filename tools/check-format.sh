@@ -3,7 +3,12 @@
 set -euo pipefail
 root=${1:-$(cd "$(dirname "$0")/.." && pwd)}
 cd "$root"
-mapfile -t files < <(git ls-files -co --exclude-standard -- '*.h' '*.cpp' 2>/dev/null || find . -name '*.h' -o -name '*.cpp')
+mapfile -t listed < <(git ls-files -co --exclude-standard -- '*.h' '*.cpp' 2>/dev/null || find . -name '*.h' -o -name '*.cpp')
+# A tracked file deleted in the working tree is still listed until the deletion is committed.
+files=()
+for file in "${listed[@]}"; do
+  [ -f "$file" ] && files+=("$file")
+done
 if [ ${#files[@]} -eq 0 ]; then
   echo "no sources found under $root" >&2
   exit 1

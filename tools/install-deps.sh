@@ -6,7 +6,7 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 packages=(
   build-essential cmake clang-format git
   qtbase5-dev qttools5-dev qttools5-dev-tools
-  xvfb xauth x11-utils
+  xvfb xauth x11-utils iproute2 util-linux
   libaravis-dev aravis-tools aravis-tools-cli libusb-1.0-0-dev pkg-config
   fonts-dejavu-core
 )

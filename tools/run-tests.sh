@@ -1,16 +1,37 @@
 #!/usr/bin/env bash
 # Runs the whole test suite twice: a strict build (-Werror), then one with the
 # address and undefined-behaviour sanitizers. --no-sanitizer skips the second.
+#
+# The tests start fake GigE Vision cameras on 127.0.0.1, and camera discovery
+# broadcasts on every network interface. So the suite runs in a network
+# namespace of its own that has nothing but loopback; where one cannot be made
+# (not root), discovery is switched off and the GenICam tests are left out.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/tools/install-deps.sh"
 export QT_QPA_PLATFORM=offscreen
 jobs=$(nproc)
 
+isolated=0
+if unshare --net sh -c 'ip link set lo up' 2>/dev/null; then
+  isolated=1
+else
+  echo "No private network namespace here: GenICam discovery off, GenICam tests skipped." >&2
+fi
+
+run_ctest() {
+  local build=$1
+  if [ "$isolated" = 1 ]; then
+    unshare --net sh -c 'ip link set lo up && cd "$1" && exec ctest --output-on-failure -j"$2"' sh "$build" "$jobs"
+  else
+    (cd "$build" && PKO_GENICAM_DISCOVERY=off ctest --output-on-failure -j"$jobs" -E 'arv|genicam|lostcamera')
+  fi
+}
+
 run_suite() {
   local build=$1; shift
   "$root/tools/build.sh" "$build" -DPKO_WERROR=ON "$@"
-  (cd "$build" && ctest --output-on-failure -j"$jobs")
+  run_ctest "$build"
 }
 
 echo "== strict build and tests"

@@ -2,6 +2,9 @@
 
 #include "SimFeature.h"
 
+#include "ValueText.h"
+
+#include <algorithm>
 #include <chrono>
 #include <new>
 #include <system_error>
@@ -147,6 +150,44 @@ unsigned long long SimCameraImpl::FramesDelivered() const
     return m_State.FramesDelivered();
 }
 
+int SimCameraImpl::GetLatestFrame(Frame& frame)
+{
+    unsigned long long id = 0;
+    unsigned int width = 0;
+    unsigned int height = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open)
+            return PkoErrorDeviceNotOpen;
+        id = m_State.FramesDelivered();
+        width = m_FrameWidth;
+        height = m_FrameHeight;
+    }
+    if (id == 0)
+        return PkoErrorNotFound;
+    try {
+        // A diagonal ramp that moves by two grey levels per frame.
+        std::vector<unsigned char> pixels(static_cast<std::size_t>(width) * height);
+        for (unsigned int y = 0; y < height; ++y) {
+            unsigned char* row = pixels.data() + static_cast<std::size_t>(y) * width;
+            for (unsigned int x = 0; x < width; ++x)
+                row[x] = static_cast<unsigned char>(x + y + 2 * id);
+        }
+        frame.mono8.swap(pixels);
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
+    }
+    frame.width = width;
+    frame.height = height;
+    frame.id = id;
+    return PkoErrorSuccess;
+}
+
+bool SimCameraImpl::IsConnectionLost() const
+{
+    return false;  // a simulated camera never goes away
+}
+
 std::vector<JournalEntry> SimCameraImpl::Journal() const
 {
     std::lock_guard<std::mutex> lock(m_Mutex);
@@ -239,6 +280,21 @@ void SimCameraImpl::PostLocked()
         m_Notifier->Post(m_Features[index]);
 }
 
+void SimCameraImpl::DeliverFrameLocked()
+{
+    // Bounded, so that an odd Width or Height cannot ask for gigabytes.
+    constexpr long long kMaxSide = 4096;
+    const auto side = [&](const char* name, long long fallback) {
+        long long value = 0;
+        if (!ParseInteger(m_State.ValueText(name, std::string()), value) || value < 1)
+            value = fallback;
+        return static_cast<unsigned int>(std::min(value, kMaxSide));
+    };
+    m_FrameWidth = side("Width", 640);
+    m_FrameHeight = side("Height", 480);
+    m_State.DeliverFrame();
+}
+
 void SimCameraImpl::FrameLoop(unsigned long long session)
 {
     using Clock = std::chrono::steady_clock;
@@ -269,7 +325,7 @@ void SimCameraImpl::FrameLoop(unsigned long long session)
                 m_FrameWake.wait_until(lock, next);
                 continue;
             }
-            m_State.DeliverFrame();
+            DeliverFrameLocked();
             PostLocked();
             // After a stall, carry on at the frame rate rather than catching up.
             next = next + period < now ? now + period : next + period;
@@ -277,7 +333,7 @@ void SimCameraImpl::FrameLoop(unsigned long long session)
         }
         timing = false;
         if (m_State.TakeSoftwareTrigger()) {
-            m_State.DeliverFrame();
+            DeliverFrameLocked();
             PostLocked();
             continue;
         }

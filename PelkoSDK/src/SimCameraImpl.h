@@ -43,6 +43,8 @@ public:
     int StopAcquisition() override;
     bool IsAcquiring() const override;
     unsigned long long FramesDelivered() const override;
+    int GetLatestFrame(Frame& frame) override;
+    bool IsConnectionLost() const override;
 
     std::vector<JournalEntry> Journal() const override;
     void ClearJournal() override;
@@ -80,6 +82,8 @@ private:
     int RunCommandByName(const char* name);
     void PostLocked();
     void FrameLoop(unsigned long long session);
+    // Counts one frame and remembers the image size it had.
+    void DeliverFrameLocked();
 
     const std::string m_Id;
     const std::string m_Model;
@@ -95,6 +99,9 @@ private:
     unsigned long long m_Session = 0;
     std::shared_ptr<Notifier> m_Notifier;
     std::thread m_FrameThread;
+    // Size of the newest frame; its pixels are made on request from its id.
+    unsigned int m_FrameWidth = 0;
+    unsigned int m_FrameHeight = 0;
 };
 
 }  // namespace ZMT::PkoAPI::Sim

@@ -1,6 +1,7 @@
 // The plug-in shell of the "Trigger IO" tab, exercised through the built
 // library's exported entry points on the SDK's simulated cameras.
 
+#include "SimTestSupport.h"
 #include "TabExtensionInterface.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -20,7 +21,6 @@
 
 #include <cstring>
 #include <memory>
-#include <vector>
 
 extern "C" QObject* qt_plugin_instance();
 extern "C" const char* qt_plugin_query_verification_data();
@@ -33,7 +33,7 @@ using ZMT::PkoAPI::Sim::SimCameraPtr;
 
 namespace {
 
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
+using TestSupport::FeatureList;
 
 const char kRecord[] =
     "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.8.4\ndebug=true\n"
@@ -47,13 +47,8 @@ const char* const kImagePaths[] = {":/PelkoViewer/Images/triggering_edge_256.png
 struct OpenCamera {
     explicit OpenCamera(const char* id) : camera(ZMT::PkoAPI::Sim::CreateModel(id)), features(new QVector<FeaturePtr>)
     {
-        if (!camera || camera->Open() != ZMT::PkoAPI::PkoErrorSuccess) {
-            return;
-        }
-        std::vector<FeaturePtr> list;
-        camera->GetFeatures(list);
-        for (const FeaturePtr& feature : list) {
-            features->append(feature);
+        if (camera && camera->Open() == ZMT::PkoAPI::PkoErrorSuccess) {
+            features = TestSupport::FeaturesOf(camera);
         }
     }
     ~OpenCamera()

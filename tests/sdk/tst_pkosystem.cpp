@@ -11,11 +11,15 @@ class TestPkoSystem : public QObject {
     Q_OBJECT
 
 private slots:
-    void shouldListTheSimulatedCamerasClosedAndInModelOrder()
+    void shouldListTheSimulatedCamerasFirstClosedAndInModelOrder()
     {
         std::vector<CameraPtr> cameras{CameraPtr()};
         QCOMPARE(PkoSystem::GetInstance().GetCameras(cameras), int(PkoErrorSuccess));
-        QCOMPARE(int(cameras.size()), 5);
+        // Cameras found on the machine (a fake GigE camera of another test)
+        // follow the simulated models.
+        const std::size_t models = Sim::ModelIds().size();
+        QVERIFY(cameras.size() >= models);
+        cameras.resize(models);
         std::vector<std::string> ids;
         for (const CameraPtr& camera : cameras) {
             std::string id;

@@ -1,8 +1,8 @@
 #include "BaseTabPluginWidget.h"
 #include "GateObserver.h"
-#include "MessageCapture.h"
 #include "PluginFeatureObserver.h"
 #include "RecordingTabWidget.h"
+#include "SimTestSupport.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -23,6 +23,7 @@
 
 namespace Pko = ZMT::PkoAPI;
 namespace Sim = ZMT::PkoAPI::Sim;
+using TestSupport::MessageCapture;
 
 namespace {
 
@@ -53,21 +54,12 @@ Sim::SimCameraPtr BuildCamera()
     builder.AddEnumeration("Gamma", {"X", "Y", "Z"}, "Y").EntryAvailableWhen("Z", Never);
     builder.AddEnumeration("Fixed", {"P", "Q"}, "Q").ReadOnly();
     builder.AddEnumeration("Orphan", {"M", "N"}, "N").EntryAvailableWhen("N", Never);
-    Sim::SimCameraPtr camera = builder.Build();
-    if (camera && camera->Open() != Pko::PkoErrorSuccess)
-        return Sim::SimCameraPtr();
-    return camera;
+    return TestSupport::Opened(builder.Build(), TestSupport::WhenOpenFails::Null);
 }
 
 FeatureVectorPtr ListFeatures(const Sim::SimCameraPtr& camera)
 {
-    std::vector<Pko::FeaturePtr> features;
-    if (!camera || camera->GetFeatures(features) != Pko::PkoErrorSuccess)
-        return FeatureVectorPtr();
-    FeatureVectorPtr list = FeatureVectorPtr::create();
-    for (const Pko::FeaturePtr& feature : features)
-        list->append(feature);
-    return list;
+    return TestSupport::FeaturesOf(camera, TestSupport::WhenUnlisted::Null);
 }
 
 // Watched names in camera order, plus one the camera does not have.

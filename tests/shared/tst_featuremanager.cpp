@@ -1,6 +1,6 @@
 #include "CountingFeature.h"
 #include "FeatureManager.h"
-#include "MessageCapture.h"
+#include "SimTestSupport.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -14,6 +14,7 @@
 
 namespace Pko = ZMT::PkoAPI;
 namespace Sim = ZMT::PkoAPI::Sim;
+using TestSupport::MessageCapture;
 
 namespace {
 
@@ -49,15 +50,8 @@ Sim::SimCameraPtr BuildCamera()
 
 FeatureVectorPtr ListFeatures(const Sim::SimCameraPtr& camera)
 {
-    if (!camera || camera->Open() != Pko::PkoErrorSuccess)
-        return FeatureVectorPtr();
-    std::vector<Pko::FeaturePtr> features;
-    if (camera->GetFeatures(features) != Pko::PkoErrorSuccess)
-        return FeatureVectorPtr();
-    FeatureVectorPtr list = FeatureVectorPtr::create();
-    for (const Pko::FeaturePtr& feature : features)
-        list->append(feature);
-    return list;
+    return TestSupport::FeaturesOf(TestSupport::Opened(camera, TestSupport::WhenOpenFails::Null),
+                                   TestSupport::WhenUnlisted::Null);
 }
 
 std::string NameOf(const Pko::FeaturePtr& feature)

@@ -4,6 +4,7 @@
 #include <PkoAPI/Sim/CameraBuilder.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImage>
 #include <QProcess>
@@ -16,7 +17,7 @@
 
 namespace {
 
-const QSize kWindowSize(1060, 900);
+const QSize kWindowSize(1280, 900);
 
 struct Run {
     int exitCode = -1;
@@ -78,7 +79,9 @@ private slots:
     void shouldSaveAScreenshotUnderXvfbInTheUsersLanguage();
     void shouldFallBackToOffscreenWithoutDisplay();
     void shouldDropTheTabOfACameraWithoutTriggerFeatures();
+    void shouldShowTheMovingPictureOfACameraStartedFromTheCommandLine();
     void shouldExitWithAnErrorForAnUnknownCamera();
+    void shouldExitWithAnErrorSoonForAGenicamCameraThatDoesNotAnswer();
 
 private:
     QString m_Viewer;
@@ -170,6 +173,21 @@ void ViewerBinaryTest::shouldDropTheTabOfACameraWithoutTriggerFeatures()
              qPrintable(run.errors));
 }
 
+void ViewerBinaryTest::shouldShowTheMovingPictureOfACameraStartedFromTheCommandLine()
+{
+    const QString picture = m_Folder->filePath(QStringLiteral("acquiring.png"));
+    const Run run = Start(m_Viewer,
+                          {QStringLiteral("--camera"), QStringLiteral("SIM-LINE-ROUTING"),
+                           QStringLiteral("--screenshot"), picture, QStringLiteral("--start-acquisition")},
+                          CleanEnvironment());
+    QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
+    const QImage image(picture);
+    QCOMPARE(image.size(), kWindowSize);
+    // The middle of the live image right of the tabs: the camera's grey ramp.
+    const QImage live = image.copy(QRect(1000, 300, 250, 200));
+    QVERIFY2(SampledColours(live) > 40, qPrintable(QString::number(SampledColours(live))));
+}
+
 void ViewerBinaryTest::shouldExitWithAnErrorForAnUnknownCamera()
 {
     const Run run = Start(m_Viewer,
@@ -180,6 +198,22 @@ void ViewerBinaryTest::shouldExitWithAnErrorForAnUnknownCamera()
     QVERIFY2(run.errors.contains(QStringLiteral("PelkoViewer: No camera with ID NO-SUCH-CAMERA")),
              qPrintable(run.errors));
     QVERIFY(!QFile::exists(m_Folder->filePath(QStringLiteral("never.png"))));
+}
+
+void ViewerBinaryTest::shouldExitWithAnErrorSoonForAGenicamCameraThatDoesNotAnswer()
+{
+    // A loopback address no camera listens on: nothing answers there.
+    QElapsedTimer timer;
+    timer.start();
+    const Run run = Start(m_Viewer,
+                          {QStringLiteral("--camera"), QStringLiteral("ARV:127.0.0.9"), QStringLiteral("--screenshot"),
+                           m_Folder->filePath(QStringLiteral("never-arv.png"))},
+                          CleanEnvironment());
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.contains(QStringLiteral("PelkoViewer: No camera with ID ARV:127.0.0.9")),
+             qPrintable(run.errors));
+    QVERIFY(!QFile::exists(m_Folder->filePath(QStringLiteral("never-arv.png"))));
 }
 
 QTEST_MAIN(ViewerBinaryTest)

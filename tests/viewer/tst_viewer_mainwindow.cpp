@@ -7,6 +7,7 @@
 #include "FeaturesTab.h"
 #include "MainWindow.h"
 #include "PluginLoader.h"
+#include "SimTestSupport.h"
 #include "ViewerLog.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -145,13 +146,8 @@ void MainWindowTest::shouldStartAndStopAcquisitionAndTellTheTabs()
     QVERIFY(hint->isHidden());
     QCOMPARE(button->text(), QStringLiteral("Start Acquisition"));
 
-    std::vector<std::string> viewerWrites;
-    for (const JournalEntry& entry : camera->Journal()) {
-        if (entry.writer == "viewer") {
-            viewerWrites.push_back(entry.feature + "=" + entry.value);
-        }
-    }
-    QCOMPARE(viewerWrites, (std::vector<std::string>{"AcquisitionStart=(execute)", "AcquisitionStop=(execute)"}));
+    QCOMPARE(TestSupport::JournalText(camera->Journal(), TestSupport::JournalStyle::Plain, "viewer"),
+             (QStringList{"AcquisitionStart=(execute)", "AcquisitionStop=(execute)"}));
 }
 
 void MainWindowTest::shouldTellTheTabsWhenTheCameraStopsByItself()

@@ -6,24 +6,19 @@
 // stream and user input on the row controls.
 
 #include "IOTriggerWidget.h"
+#include "SimTestSupport.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
 
-#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
-#include <QMutex>
-#include <QMutexLocker>
-#include <QPair>
 #include <QSignalSpy>
 #include <QStringList>
-#include <QStyle>
-#include <QStyleOptionButton>
 #include <QVBoxLayout>
 #include <QVector>
 #include <QtTest>
@@ -36,34 +31,33 @@
 
 namespace OutputTest {
 
-using ZMT::PkoAPI::FeaturePtr;
-using ZMT::PkoAPI::Sim::JournalEntry;
-using ZMT::PkoAPI::Sim::SimCameraPtr;
+using TestSupport::ChooseWithKeys;
+using TestSupport::FeatureList;
+using TestSupport::FeaturePtr;
+using TestSupport::FeaturesOf;
+using TestSupport::ItemTexts;
+using TestSupport::JournalEntry;
+using TestSupport::MessageCapture;
+using TestSupport::Opened;
+using TestSupport::OpenModel;
+using TestSupport::SimCameraPtr;
 
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
-
-// The camera opened; null stays null.
-inline SimCameraPtr Opened(const SimCameraPtr& camera)
+// The generation-1 line models, as the "model" column of a data table.
+inline void AddLineModels()
 {
-    if (camera)
-        camera->Open();
+    QTest::addColumn<QString>("model");
+    QTest::newRow("line routing") << "SIM-LINE-ROUTING";
+    QTest::newRow("line sfnc") << "SIM-LINE-SFNC";
+}
+
+// A generation-1 model, open, with "Line3" driven by source; null when the
+// camera takes no such source.
+inline SimCameraPtr LineModelWithLine3Source(const QString& model, const std::string& source)
+{
+    SimCameraPtr camera = OpenModel(model);
+    if (camera && camera->ChangeFromCamera("LineSource", source, "Line3") != 0)
+        return SimCameraPtr();
     return camera;
-}
-
-inline SimCameraPtr OpenModel(const QString& id)
-{
-    return Opened(ZMT::PkoAPI::Sim::CreateModel(id.toStdString()));
-}
-
-// The feature list as the host hands it to the tab; empty for a closed camera.
-inline FeatureList FeaturesOf(const SimCameraPtr& camera)
-{
-    std::vector<FeaturePtr> features;
-    camera->GetFeatures(features);
-    FeatureList list(new QVector<FeaturePtr>());
-    for (const FeaturePtr& feature : features)
-        list->append(feature);
-    return list;
 }
 
 // A camera with "Line*" outputs, declared line by line.
@@ -108,19 +102,13 @@ struct MaskCamera {
 // "Feature=value", oldest first.
 inline QStringList Writes(const SimCameraPtr& camera)
 {
-    QStringList writes;
-    for (const JournalEntry& entry : camera->Journal())
-        writes << QString::fromStdString(entry.feature + "=" + entry.value);
-    return writes;
+    return TestSupport::JournalText(camera->Journal());
 }
 
 // The same with each write's result code: "Feature=value -> code".
 inline QStringList WritesWithResults(const SimCameraPtr& camera)
 {
-    QStringList writes;
-    for (const JournalEntry& entry : camera->Journal())
-        writes << QString::fromStdString(entry.feature + "=" + entry.value + " -> " + std::to_string(entry.result));
-    return writes;
+    return TestSupport::JournalText(camera->Journal(), TestSupport::JournalStyle::WithResult);
 }
 
 // The value the camera holds, at one entry of the feature's selector.
@@ -128,77 +116,6 @@ inline QString CameraValue(const SimCameraPtr& camera, const char* feature, cons
 {
     return QString::fromStdString(camera->ValueText(feature, selectorEntry));
 }
-
-// Collects what is written to Qt's message stream while it lives. The tab's
-// base silences the stream when it is constructed, so a capture is made after
-// the tab, or put back with Reassert().
-class MessageCapture {
-public:
-    MessageCapture()
-    {
-        {
-            QMutexLocker lock(&State().mutex);
-            State().messages.clear();
-            State().active = true;
-        }
-        m_Previous = qInstallMessageHandler(&MessageCapture::Record);
-    }
-    ~MessageCapture()
-    {
-        qInstallMessageHandler(m_Previous);
-        QMutexLocker lock(&State().mutex);
-        State().active = false;
-    }
-    MessageCapture(const MessageCapture&) = delete;
-    MessageCapture& operator=(const MessageCapture&) = delete;
-
-    // The lines of the debug stream, where the tab reports its errors. (The
-    // platform's own warnings, e.g. about popups, are left out.)
-    QStringList Texts() const { return Of(QtDebugMsg); }
-    QStringList Warnings() const { return Of(QtWarningMsg); }
-    void Clear()
-    {
-        QMutexLocker lock(&State().mutex);
-        State().messages.clear();
-    }
-    // Installs the capture again after someone replaced the handler; does
-    // nothing while no capture lives. Safe on any thread.
-    static void Reassert()
-    {
-        QMutexLocker lock(&State().mutex);
-        if (State().active)
-            qInstallMessageHandler(&MessageCapture::Record);
-    }
-
-private:
-    struct Shared {
-        QMutex mutex;
-        QVector<QPair<QtMsgType, QString>> messages;
-        bool active = false;
-    };
-    static Shared& State()
-    {
-        static Shared shared;
-        return shared;
-    }
-    static void Record(QtMsgType type, const QMessageLogContext&, const QString& text)
-    {
-        QMutexLocker lock(&State().mutex);
-        State().messages.append(qMakePair(type, text));
-    }
-    QStringList Of(QtMsgType type) const
-    {
-        QMutexLocker lock(&State().mutex);
-        QStringList texts;
-        for (const auto& message : State().messages) {
-            if (message.first == type)
-                texts << message.second;
-        }
-        return texts;
-    }
-
-    QtMessageHandler m_Previous = nullptr;
-};
 
 inline SimCameraPtr LineCamera::Open() const
 {
@@ -256,39 +173,10 @@ inline SimCameraPtr MaskCamera::Open() const
     return Opened(builder.Build());
 }
 
-// Ticks the check box where a user clicks it: on its indicator.
+// Ticks the check box where a user clicks it.
 inline void ClickCheckBox(QCheckBox* box)
 {
-    QStyleOptionButton option;
-    option.initFrom(box);
-    option.text = box->text();
-    const QRect area = box->style()->subElementRect(QStyle::SE_CheckBoxClickRect, &option, box);
-    QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, area.center());
-}
-
-// Picks an entry as a user does with the keyboard: open the list, walk to the
-// entry, press Return. The combo changes once, whatever lies in between.
-// False when the entry does not exist or the combo did not take it.
-inline bool ChooseEntry(QComboBox* combo, const QString& text)
-{
-    const int target = combo->findText(text);
-    if (target < 0)
-        return false;
-    combo->showPopup();
-    QAbstractItemView* list = combo->view();
-    QTest::keyClick(list, Qt::Key_Home);
-    for (int i = 0; i < target; ++i)
-        QTest::keyClick(list, Qt::Key_Down);
-    QTest::keyClick(list, Qt::Key_Return);
-    return combo->currentIndex() == target;
-}
-
-inline QStringList ItemTexts(const QComboBox* combo)
-{
-    QStringList texts;
-    for (int i = 0; i < combo->count(); ++i)
-        texts << combo->itemText(i);
-    return texts;
+    TestSupport::ClickCheckBox(box, TestSupport::CheckBoxSpot::ClickArea);
 }
 
 // A "Trigger IO" tab on a camera, inside a page as the host gives it. The

@@ -5,6 +5,8 @@
 // cameras, changes made by the camera or by the viewer on a thread of its
 // own, the camera's journal as text and the visible state of every control.
 
+#include "SimTestSupport.h"
+
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
 
@@ -30,31 +32,14 @@
 
 namespace SyncTest {
 
-using ZMT::PkoAPI::FeaturePtr;
-using ZMT::PkoAPI::Sim::JournalEntry;
-using ZMT::PkoAPI::Sim::SimCameraPtr;
-
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
-
-// A new, open camera of that model; null for an unknown model.
-inline SimCameraPtr OpenModel(const QString& id)
-{
-    SimCameraPtr camera = ZMT::PkoAPI::Sim::CreateModel(id.toStdString());
-    if (camera)
-        camera->Open();
-    return camera;
-}
-
-// The feature list as the host hands it to the tab; empty for a closed camera.
-inline FeatureList FeaturesOf(const SimCameraPtr& camera)
-{
-    std::vector<FeaturePtr> features;
-    camera->GetFeatures(features);
-    FeatureList list(new QVector<FeaturePtr>());
-    for (const FeaturePtr& feature : features)
-        list->append(feature);
-    return list;
-}
+using TestSupport::DeliverNotifications;
+using TestSupport::FeatureList;
+using TestSupport::FeaturePtr;
+using TestSupport::FeaturesOf;
+using TestSupport::IsSelector;
+using TestSupport::JournalEntry;
+using TestSupport::OpenModel;
+using TestSupport::SimCameraPtr;
 
 // Runs work on a thread of its own that writes as the viewer would, and
 // waits for it to end. Throws std::system_error when no thread can start.
@@ -125,33 +110,11 @@ inline int ChangeFromCamera(const SimCameraPtr& camera, const QString& change)
     return camera->ChangeFromCamera(name.toStdString(), value.toStdString(), entry.toStdString());
 }
 
-// Lets the SDK deliver every notification queued so far and the GUI thread
-// take the queued signals; false when the SDK did not finish in time.
-inline bool DeliverNotifications(const SimCameraPtr& camera)
-{
-    const bool delivered = camera->WaitForNotifications(3000);
-    QCoreApplication::processEvents();
-    return delivered;
-}
-
 // "Feature=value" of each write of that writer, oldest first (refused ones
 // too). Cannot fail.
 inline QStringList WritesBy(const std::vector<JournalEntry>& journal, const std::string& writer)
 {
-    QStringList writes;
-    for (const JournalEntry& entry : journal) {
-        if (entry.writer == writer)
-            writes << QString::fromStdString(entry.feature + "=" + entry.value);
-    }
-    return writes;
-}
-
-// Whether feature is one of the selectors that the tab's round trips write
-// and restore. Cannot fail.
-inline bool IsSelector(const QString& feature)
-{
-    static const QSet<QString> selectors = {"LineSelector", "SyncOutSelector", "LineOutSelector", "UserOutputSelector"};
-    return selectors.contains(feature);
+    return TestSupport::JournalText(journal, TestSupport::JournalStyle::Plain, writer);
 }
 
 // The tab's writes of anything but a selector: what a refresh must never
@@ -171,10 +134,10 @@ inline QStringList NonSelectorWritesOfTheTab(const std::vector<JournalEntry>& jo
 inline QStringList SelectorValues(const SimCameraPtr& camera)
 {
     QStringList values;
-    for (const char* selector : {"LineSelector", "SyncOutSelector", "LineOutSelector", "UserOutputSelector"}) {
-        const std::string value = camera->ValueText(selector);
+    for (const QString& selector : TestSupport::SelectorNames()) {
+        const std::string value = camera->ValueText(selector.toStdString());
         if (!value.empty())
-            values << QString(selector) + "=" + QString::fromStdString(value);
+            values << selector + "=" + QString::fromStdString(value);
     }
     return values;
 }
@@ -185,11 +148,8 @@ inline QString DescribeControl(const QWidget* control, const QWidget* root)
 {
     QString state = QString("enabled=%1 shown=%2").arg(control->isEnabled()).arg(control->isVisibleTo(root));
     if (const QComboBox* combo = qobject_cast<const QComboBox*>(control)) {
-        QStringList items;
-        for (int i = 0; i < combo->count(); ++i)
-            items << combo->itemText(i);
         state += QString(" items=%1 current=%2 maxWidth=%3")
-                     .arg(items.join('|'))
+                     .arg(TestSupport::ItemTexts(combo).join('|'))
                      .arg(combo->currentIndex())
                      .arg(combo->maximumWidth());
     } else if (const QSpinBox* spin = qobject_cast<const QSpinBox*>(control)) {

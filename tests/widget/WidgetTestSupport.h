@@ -2,23 +2,19 @@
 #define WIDGETTESTSUPPORT_H
 
 #include "IOTriggerWidget.h"
+#include "SimTestSupport.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
 #include <PkoAPI/Sim/SimCamera.h>
 
-#include <QAbstractItemView>
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
 #include <QHash>
-#include <QMutex>
 #include <QMutexLocker>
 #include <QSharedPointer>
 #include <QStringList>
-#include <QStyle>
-#include <QStyleOptionButton>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVector>
@@ -36,7 +32,7 @@
 // Header-only, so that every test executable of this folder can use it.
 class WidgetTestSupport {
 public:
-    typedef QSharedPointer<QVector<ZMT::PkoAPI::FeaturePtr>> FeatureList;
+    typedef TestSupport::FeatureList FeatureList;
 
     // The tab with its protected members in reach of the tests.
     class Tab : public IOTriggerWidget {
@@ -58,49 +54,6 @@ public:
         }
         // Leaves the re-reading of the controls to the test alone.
         void StopRefreshTimer() { m_UpdateTimer->stop(); }
-    };
-
-    // Collects the process's Qt messages while it lives and then puts back
-    // the handler it replaced. A tab constructed meanwhile installs its own
-    // (empty) handler, so make this after the tab. One at a time.
-    class MessageCapture {
-    public:
-        MessageCapture()
-        {
-            QMutexLocker lock(&Lock());
-            Store().clear();
-            m_Previous = qInstallMessageHandler(&MessageCapture::Collect);
-        }
-        ~MessageCapture() { qInstallMessageHandler(m_Previous); }
-        MessageCapture(const MessageCapture&) = delete;
-        MessageCapture& operator=(const MessageCapture&) = delete;
-
-        QStringList Messages() const
-        {
-            QMutexLocker lock(&Lock());
-            return Store();
-        }
-        // The messages that contain text, oldest first.
-        QStringList MessagesWith(const QString& text) const { return Messages().filter(text, Qt::CaseSensitive); }
-
-    private:
-        static QStringList& Store()
-        {
-            static QStringList messages;
-            return messages;
-        }
-        static QMutex& Lock()
-        {
-            static QMutex mutex;
-            return mutex;
-        }
-        static void Collect(QtMsgType, const QMessageLogContext&, const QString& message)
-        {
-            QMutexLocker lock(&Lock());
-            Store().append(message);
-        }
-
-        QtMessageHandler m_Previous;
     };
 
     // Records every change of the enabled state of the widgets it watches,
@@ -208,22 +161,11 @@ public:
     // A new camera of a ready-made model; null for an unknown ID.
     static ZMT::PkoAPI::Sim::SimCameraPtr Model(const std::string& id) { return ZMT::PkoAPI::Sim::CreateModel(id); }
 
-    // The feature list the viewer hands to the plug-in; the camera must be open.
-    static FeatureList FeaturesOf(const ZMT::PkoAPI::Sim::SimCameraPtr& camera)
-    {
-        std::vector<ZMT::PkoAPI::FeaturePtr> features;
-        camera->GetFeatures(features);
-        FeatureList list(new QVector<ZMT::PkoAPI::FeaturePtr>());
-        for (const ZMT::PkoAPI::FeaturePtr& feature : features)
-            list->append(feature);
-        return list;
-    }
-
     // The names of the open camera's features, in the camera's order.
     static QStringList FeatureNamesOf(const ZMT::PkoAPI::Sim::SimCameraPtr& camera)
     {
         QStringList names;
-        const FeatureList features = FeaturesOf(camera);
+        const FeatureList features = TestSupport::FeaturesOf(camera);
         for (const ZMT::PkoAPI::FeaturePtr& feature : *features) {
             unsigned int length = 0;
             if (feature->GetName(nullptr, length) != 0)
@@ -233,13 +175,6 @@ public:
                 names << QString::fromLatin1(name.c_str());
         }
         return names;
-    }
-
-    // One journal line as Writes() gives it.
-    static QString Write(const QString& feature, const QString& value) { return feature + "=" + value; }
-    static QString Refused(const QString& feature, const QString& value, int errorCode)
-    {
-        return Write(feature, value) + " refused " + QString::number(errorCode);
     }
 
     // For QVERIFY2 when two write lists differ: both in full.
@@ -253,7 +188,7 @@ public:
     explicit WidgetTestSupport(const ZMT::PkoAPI::Sim::SimCameraPtr& camera) : m_Camera(camera), m_Page(new QWidget)
     {
         m_Camera->Open();
-        m_Tab = new Tab(FeaturesOf(m_Camera), m_Page.get());
+        m_Tab = new Tab(TestSupport::FeaturesOf(m_Camera), m_Page.get());
         QVBoxLayout* layout = new QVBoxLayout(m_Page.get());
         layout->addWidget(m_Tab);
         m_Page->resize(760, 1000);
@@ -286,8 +221,7 @@ public:
     // reached the tab.
     void Refresh()
     {
-        m_Camera->WaitForNotifications(5000);
-        QCoreApplication::processEvents();
+        TestSupport::DeliverNotifications(m_Camera, 5000);
         QMetaObject::invokeMethod(m_Tab, "updateTimer", Qt::DirectConnection);
     }
 
@@ -298,52 +232,13 @@ public:
     // refused it, the writer in brackets in front when it is not the client.
     QStringList Writes() const
     {
-        QStringList writes;
-        for (const ZMT::PkoAPI::Sim::JournalEntry& entry : m_Camera->Journal()) {
-            const QString feature = QString::fromStdString(entry.feature);
-            const QString value = QString::fromStdString(entry.value);
-            QString line = entry.result == 0 ? Write(feature, value) : Refused(feature, value, entry.result);
-            if (entry.writer != "client")
-                line.prepend("[" + QString::fromStdString(entry.writer) + "] ");
-            writes << line;
-        }
-        return writes;
+        return TestSupport::JournalText(m_Camera->Journal(), TestSupport::JournalStyle::Attributed);
     }
 
     // Value of a feature in the camera, at a selector entry when given.
     QString CameraValue(const std::string& feature, const std::string& selectorEntry = std::string()) const
     {
         return QString::fromStdString(m_Camera->ValueText(feature, selectorEntry));
-    }
-
-    // Opens the combo's list with a click and clicks the entry in it, as a
-    // user does. The page must be shown. False when the combo has no such
-    // entry or the list did not take the click.
-    static bool ChooseWithMouse(QComboBox* combo, const QString& text)
-    {
-        const int row = combo->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
-        if (row < 0)
-            return false;
-        QTest::mouseClick(combo, Qt::LeftButton);
-        QAbstractItemView* view = combo->view();
-        if (!QTest::qWaitFor([view] { return view->isVisible(); }))
-            return false;
-        // The open list ignores a release that comes within a double-click
-        // interval of the click that opened it.
-        QTest::qWait(QApplication::doubleClickInterval() + 100);
-        const QRect item = view->visualRect(combo->model()->index(row, combo->modelColumn()));
-        const QPoint where = item.intersected(view->viewport()->rect()).center();
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, where);
-        return QTest::qWaitFor([view] { return !view->isVisible(); }) && combo->currentIndex() == row;
-    }
-
-    // Clicks where a user clicks a check box.
-    static void ClickCheckBox(QCheckBox* box)
-    {
-        QStyleOptionButton option;
-        option.initFrom(box);
-        const QRect clickable = box->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, box);
-        QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, clickable.center());
     }
 
     // The names the tab watches, in its order ("UserOutSelector", not

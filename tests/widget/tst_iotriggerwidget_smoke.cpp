@@ -3,6 +3,7 @@
 // features.
 
 #include "IOTriggerWidget.h"
+#include "SimTestSupport.h"
 #include "TENotSupported.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -13,46 +14,15 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QSet>
 #include <QSpinBox>
 #include <QtTest>
 
 #include <memory>
-#include <vector>
 
-using ZMT::PkoAPI::FeaturePtr;
-using ZMT::PkoAPI::Sim::SimCameraPtr;
-
-namespace {
-
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
-
-SimCameraPtr OpenModel(const QString& id)
-{
-    SimCameraPtr camera = ZMT::PkoAPI::Sim::CreateModel(id.toStdString());
-    if (camera)
-        camera->Open();
-    return camera;
-}
-
-FeatureList FeaturesOf(const SimCameraPtr& camera)
-{
-    std::vector<FeaturePtr> features;
-    camera->GetFeatures(features);
-    FeatureList list(new QVector<FeaturePtr>());
-    for (const FeaturePtr& feature : features)
-        list->append(feature);
-    return list;
-}
-
-// Delivers what the camera has reported so far to the widget's queue.
-void DeliverNotifications(const SimCameraPtr& camera)
-{
-    camera->WaitForNotifications(5000);
-    QCoreApplication::processEvents();
-}
-
-}  // namespace
+using TestSupport::DeliverNotifications;
+using TestSupport::FeaturesOf;
+using TestSupport::OpenModel;
+using TestSupport::SimCameraPtr;
 
 class TestIOTriggerWidgetSmoke : public QObject {
     Q_OBJECT
@@ -124,7 +94,7 @@ void TestIOTriggerWidgetSmoke::shouldBuildShowAndRefreshTheTab()
     QVERIFY(source->count() > 1);
     const QString otherSource = source->itemText(source->currentIndex() == 0 ? 1 : 0);
     QCOMPARE(camera->ChangeFromCamera("TriggerSource", otherSource.toStdString()), 0);
-    DeliverNotifications(camera);
+    DeliverNotifications(camera, 5000);
     camera->ClearJournal();
 
     QVERIFY(QMetaObject::invokeMethod(widget.get(), "updateTimer", Qt::DirectConnection));
@@ -133,9 +103,8 @@ void TestIOTriggerWidgetSmoke::shouldBuildShowAndRefreshTheTab()
 
     // The refresh shows values and never writes one back: the only writes are
     // the selector round trips, which restore every selector.
-    const QSet<QString> selectors = {"LineSelector", "SyncOutSelector", "LineOutSelector", "UserOutputSelector"};
     for (const ZMT::PkoAPI::Sim::JournalEntry& entry : camera->Journal())
-        QVERIFY2(selectors.contains(QString::fromStdString(entry.feature)), entry.feature.c_str());
+        QVERIFY2(TestSupport::IsSelector(QString::fromStdString(entry.feature)), entry.feature.c_str());
 }
 
 void TestIOTriggerWidgetSmoke::shouldRefuseACameraWithoutTriggerFeatures()

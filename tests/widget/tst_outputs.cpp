@@ -61,17 +61,7 @@ SimCameraPtr MakeCamera(const QString& key)
 // The generation-1 models with "Line3" driven directly (its status may be set by hand).
 SimCameraPtr LineModelWithDirectLine3(const QString& model)
 {
-    SimCameraPtr camera = OpenModel(model);
-    if (camera && camera->ChangeFromCamera("LineSource", "Direct", "Line3") != 0)
-        return SimCameraPtr();
-    return camera;
-}
-
-void AddLineModels()
-{
-    QTest::addColumn<QString>("model");
-    QTest::newRow("line routing") << "SIM-LINE-ROUTING";
-    QTest::newRow("line sfnc") << "SIM-LINE-SFNC";
+    return LineModelWithLine3Source(model, "Direct");
 }
 
 // Restores the application's palette when it goes.
@@ -371,7 +361,7 @@ void TestOutputs::shouldWriteTheChosenSourceOfALineThroughTheSelector()
     MessageCapture messages;
 
     QSignalSpy changes(tab.Source(1), SIGNAL(currentIndexChanged(QString)));
-    QVERIFY(ChooseEntry(tab.Source(1), "Direct"));
+    QVERIFY(ChooseWithKeys(tab.Source(1), "Direct"));
     QCOMPARE(changes.count(), 1);
 
     const QStringList expected{
@@ -411,7 +401,7 @@ void TestOutputs::shouldWriteTheSourceToEveryRowShowingIt()
     QCOMPARE(tab.Source(1)->currentText(), QString("Off"));
     camera->ClearJournal();
 
-    QVERIFY(ChooseEntry(tab.Source(1), "ExposureActive"));
+    QVERIFY(ChooseWithKeys(tab.Source(1), "ExposureActive"));
 
     // The slot does not know which combo changed: both rows now show the text.
     const QStringList expected{
@@ -647,7 +637,7 @@ void TestOutputs::shouldWriteTheChosenSourceOfAMaskOutput()
     camera->ClearJournal();
     MessageCapture messages;
 
-    QVERIFY(ChooseEntry(tab.Source(row), "GPO"));
+    QVERIFY(ChooseWithKeys(tab.Source(row), "GPO"));
 
     QCOMPARE(Writes(camera), expected);
     // No "UserOutputSelector" on these cameras: its kept value reads "" and
@@ -924,7 +914,7 @@ void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterASourceChan
     camera->ClearJournal();
     MessageCapture messages;
 
-    QVERIFY(ChooseEntry(tab.Source(0), "GPO"));
+    QVERIFY(ChooseWithKeys(tab.Source(0), "GPO"));
 
     // The kept selector reads "": writing it back hands "" back.
     QCOMPARE(Writes(camera), expected);

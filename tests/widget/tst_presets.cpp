@@ -27,13 +27,13 @@ namespace {
 
 QString W(const QString& feature, const QString& value)
 {
-    return WidgetTestSupport::Write(feature, value);
+    return TestSupport::WriteLine(feature, value);
 }
 
 // A write the camera refuses because the entry does not exist.
 QString Refused(const QString& feature, const QString& value)
 {
-    return WidgetTestSupport::Refused(feature, value, ZMT::PkoAPI::PkoErrorInvalidValue);
+    return TestSupport::RefusedLine(feature, value, ZMT::PkoAPI::PkoErrorInvalidValue);
 }
 
 // The debug line of a failed observer (un)registration.
@@ -463,7 +463,7 @@ void TestPresets::shouldRunTheEdgeSequenceFirstWhenBulkStartsFromTriggerWidth()
     QVERIFY(support.Show());
     // The user has chosen a pulse-width exposure; the camera moved its
     // selector to ExposureActive.
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
     QCOMPARE(support.CameraValue("TriggerSelector"), QString("ExposureActive"));
     support.ClearJournal();
 
@@ -530,7 +530,7 @@ void TestPresets::shouldNotRunEdgeFirstInBulkWithoutTheLineSelectorRow()
 {
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
     QVERIFY(support.Show());
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
     support.ClearJournal();
 
     QVERIFY(ClickPreset(support, "Bulk"));
@@ -597,8 +597,8 @@ void TestPresets::shouldSelectTheFirstInputLineAsTheSourceOnAnSfncCamera()
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
     QVERIFY(support.Show());
     // The user triggers by software, trigger mode on.
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSource"), "Software"));
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerMode"), "On"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSource"), "Software"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerMode"), "On"));
     support.ClearJournal();
 
     QVERIFY(ClickPreset(support, "Edge"));
@@ -811,7 +811,7 @@ void TestPresets::shouldOnlyToggleThePresetButtonsWithoutAnExposureCombo()
     const QList<QWidget*> buttons = {PresetButton(support, "Edge"), PresetButton(support, "Level"),
                                      PresetButton(support, "Bulk")};
     WidgetTestSupport::EnabledChanges changes(buttons);
-    WidgetTestSupport::MessageCapture messages;
+    TestSupport::MessageCapture messages;
     support.ClearJournal();
 
     QVERIFY(ClickPreset(support, preset));
@@ -861,7 +861,7 @@ void TestPresets::shouldUnregisterTheObserversAroundEdgeAndBulkButNotLevel()
                                   ZMT::PkoAPI::PkoErrorOther);
     support.Camera()->InjectFault("TriggerActivation", ZMT::PkoAPI::Sim::Operation::RegisterObserver,
                                   ZMT::PkoAPI::PkoErrorTimeout);
-    WidgetTestSupport::MessageCapture messages;
+    TestSupport::MessageCapture messages;
 
     QVERIFY(ClickPreset(support, preset));
 
@@ -876,12 +876,12 @@ void TestPresets::shouldRegisterTheObserversTwiceAfterANestedEdge()
 {
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-ROUTING"));
     QVERIFY(support.Show());
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
     int watched = 0;
     for (const QString& name : WidgetTestSupport::FeatureNamesOf(support.Camera()))
         watched += WidgetTestSupport::WatchedFeatureNames().contains(name) ? 1 : 0;
     QVERIFY(watched > 0);
-    WidgetTestSupport::MessageCapture messages;
+    TestSupport::MessageCapture messages;
 
     QVERIFY(ClickPreset(support, "Bulk"));
 

@@ -21,7 +21,7 @@ namespace {
 
 QString W(const QString& feature, const QString& value)
 {
-    return WidgetTestSupport::Write(feature, value);
+    return TestSupport::WriteLine(feature, value);
 }
 
 // The controls that streaming locks, by object name.
@@ -230,7 +230,7 @@ void TestTriggerInput::shouldWriteTheEntryChosenInEachCombo()
     QVERIFY(box->currentText() != entry);
     support.ClearJournal();
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(box, entry));
+    QVERIFY(TestSupport::ChooseWithMouse(box, entry));
 
     QCOMPARE(support.Writes(), QStringList{W(feature, entry)});
     QCOMPARE(support.CameraValue(feature.toStdString()), entry);
@@ -245,7 +245,7 @@ void TestTriggerInput::shouldEnableSWTriggerOnlyWhileTheSourceIsSoftware()
     QCOMPARE(source->currentText(), QString("Line0"));
     QVERIFY(!swTrigger->isEnabled());
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(source, "Software"));
+    QVERIFY(TestSupport::ChooseWithMouse(source, "Software"));
     support.Refresh();
     QVERIFY(swTrigger->isEnabled());
 
@@ -293,7 +293,7 @@ void TestTriggerInput::shouldEnableSWTriggerForSourcesContainingSoftwareSignal()
     WidgetTestSupport chosen(camera);
     QVERIFY(chosen.Show());
     QCOMPARE(chosen.Find<QPushButton>("pb_SWTrigger")->isEnabled(), !enabled);
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(chosen.Find<QComboBox>("combo_TriggerSource"), source));
+    QVERIFY(TestSupport::ChooseWithMouse(chosen.Find<QComboBox>("combo_TriggerSource"), source));
     chosen.Refresh();
     QCOMPARE(chosen.Find<QPushButton>("pb_SWTrigger")->isEnabled(), enabled);
 }
@@ -302,7 +302,7 @@ void TestTriggerInput::shouldRunTriggerSoftwareWhenSWTriggerIsClicked()
 {
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
     QVERIFY(support.Show());
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSource"), "Software"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSource"), "Software"));
     support.Refresh();
     QPushButton* swTrigger = support.Find<QPushButton>("pb_SWTrigger");
     QVERIFY(swTrigger->isEnabled());
@@ -329,7 +329,7 @@ void TestTriggerInput::shouldSwitchTheTriggerModeOverToTheNewSelectorOnALineRout
     QCOMPARE(support.CameraValue("TriggerMode", "FrameStart"), QString("On"));
     support.ClearJournal();
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(selector, "AcquisitionStart"));
+    QVERIFY(TestSupport::ChooseWithMouse(selector, "AcquisitionStart"));
 
     // The old selector is switched off, the new one on.
     const QStringList expected = {W("TriggerMode", "Off"), W("TriggerSelector", "AcquisitionStart"),
@@ -360,7 +360,7 @@ void TestTriggerInput::shouldKeepTheTriggerModeWhenTheSelectorChangesWithoutTheL
     QCOMPARE(mode->currentText(), QString("On"));
     support.ClearJournal();
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSelector"), "AcquisitionStart"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSelector"), "AcquisitionStart"));
 
     QCOMPARE(support.Writes(), QStringList{W("TriggerSelector", "AcquisitionStart")});
     QCOMPARE(support.CameraValue("TriggerMode", "FrameStart"), QString("On"));
@@ -374,7 +374,7 @@ void TestTriggerInput::shouldOnlyWriteTheSelectorWhileTheTriggerModeIsOff()
     QCOMPARE(support.Find<QComboBox>("combo_TriggerMode")->currentText(), QString("Off"));
     support.ClearJournal();
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSelector"), "ExposureStart"));
+    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSelector"), "ExposureStart"));
 
     QCOMPARE(support.Writes(), QStringList{W("TriggerSelector", "ExposureStart")});
 }
@@ -389,7 +389,7 @@ void TestTriggerInput::shouldMoveTheRoutingToTheNewInputLine()
     QVERIFY(!routing->isChecked());
     support.ClearJournal();
 
-    WidgetTestSupport::ClickCheckBox(routing);
+    TestSupport::ClickCheckBox(routing, TestSupport::CheckBoxSpot::Indicator);
     QVERIFY(routing->isChecked());
     QCOMPARE(support.Writes(), QStringList{W("LineRouting", "Trigger")});
     support.ClearJournal();
@@ -414,7 +414,7 @@ void TestTriggerInput::shouldOnlyWriteTheLineSelectorWhileRoutingIsUnchecked()
     QVERIFY(!support.Find<QCheckBox>("cb_LineRouting")->isChecked());
     support.ClearJournal();
 
-    QVERIFY(WidgetTestSupport::ChooseWithMouse(line, "Line2"));
+    QVERIFY(TestSupport::ChooseWithMouse(line, "Line2"));
 
     QCOMPARE(support.Writes(), QStringList{W("LineSelector", "Line2")});
     QVERIFY(!support.Find<QCheckBox>("cb_LineRouting")->isChecked());

@@ -36,17 +36,7 @@ LineCamera SixUserOutputLines()
 // A generation-1 model with Line3 driven by UserOutput1.
 SimCameraPtr LineModelWithUserOutputOnLine3(const QString& model)
 {
-    SimCameraPtr camera = OpenModel(model);
-    if (camera && camera->ChangeFromCamera("LineSource", "UserOutput1", "Line3") != 0)
-        return SimCameraPtr();
-    return camera;
-}
-
-void AddLineModels()
-{
-    QTest::addColumn<QString>("model");
-    QTest::newRow("line routing") << "SIM-LINE-ROUTING";
-    QTest::newRow("line sfnc") << "SIM-LINE-SFNC";
+    return LineModelWithLine3Source(model, "UserOutput1");
 }
 
 bool IsMissingSlotWarning(const QString& text)
@@ -130,12 +120,12 @@ void TestUserOutputs::shouldFollowAChosenSourceInTheSelectorCombo()
     Tab tab(camera);
     QVERIFY(tab.Show());
 
-    QVERIFY(ChooseEntry(tab.Source(0), "UserOutput2"));
+    QVERIFY(ChooseWithKeys(tab.Source(0), "UserOutput2"));
     QCOMPARE(tab.UserSelector(0)->currentText(), QString("UserOutput2"));
     QVERIFY(!tab.UserSelector(0)->isEnabled());
     QVERIFY(tab.UserValue(0)->isEnabled());
 
-    QVERIFY(ChooseEntry(tab.Source(1), "Direct"));
+    QVERIFY(ChooseWithKeys(tab.Source(1), "Direct"));
     QCOMPARE(tab.UserSelector(1)->currentIndex(), -1);
     QVERIFY(!tab.UserSelector(1)->isEnabled());
     QVERIFY(!tab.UserValue(1)->isEnabled());
@@ -367,7 +357,7 @@ void TestUserOutputs::shouldLogAnUnreadableUserOutputSelector()
     // The values refresh after a source change says so in its own words.
     messages.Clear();
     camera->ClearJournal();
-    QVERIFY(ChooseEntry(tab.Source(0), "Direct"));
+    QVERIFY(ChooseWithKeys(tab.Source(0), "Direct"));
     expected = QStringList{
         "LineSelector=Line1",
         "LineSource=Direct",
@@ -502,7 +492,7 @@ void TestUserOutputs::shouldSwitchEverySelectableLineShowingTheChosenDirection()
     MessageCapture messages;
 
     QSignalSpy changes(tab.OptionalCombo(combo), SIGNAL(currentIndexChanged(QString)));
-    QVERIFY(ChooseEntry(tab.OptionalCombo(combo), mode));
+    QVERIFY(ChooseWithKeys(tab.OptionalCombo(combo), mode));
     QCOMPARE(changes.count(), 1);
 
     QCOMPARE(Writes(camera), expected);
@@ -529,7 +519,7 @@ void TestUserOutputs::shouldLogAnUnreadableLineSelectorAfterSwitchingADirection(
     camera->ClearJournal();
     MessageCapture messages;
 
-    QVERIFY(ChooseEntry(tab.OptionalCombo(0), "Output"));
+    QVERIFY(ChooseWithKeys(tab.OptionalCombo(0), "Output"));
 
     const QStringList expected{
         "LineSelector=Line2", "LineMode=Output", "LineSelector=Line3", "LineMode=Output", "LineSelector=",

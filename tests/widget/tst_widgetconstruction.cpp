@@ -111,7 +111,7 @@ void TestWidgetConstruction::shouldRefuseACameraWithoutTriggerFunctionality()
     page.setAccessibleName("before");
     bool refused = false;
     try {
-        WidgetTestSupport::Tab tab(WidgetTestSupport::FeaturesOf(sim), &page);
+        WidgetTestSupport::Tab tab(TestSupport::FeaturesOf(sim), &page);
     } catch (const TENotSupported& refusal) {
         refused = true;
         QCOMPARE(refusal.m_ErrorCode, 4);
@@ -163,8 +163,7 @@ void TestWidgetConstruction::shouldNameTheTabWithoutAParentToo()
 {
     SimCameraPtr sim = WidgetTestSupport::Model("SIM-LINE-SFNC");
     QCOMPARE(sim->Open(), 0);
-    std::unique_ptr<WidgetTestSupport::Tab> tab(
-        new WidgetTestSupport::Tab(WidgetTestSupport::FeaturesOf(sim), nullptr));
+    std::unique_ptr<WidgetTestSupport::Tab> tab(new WidgetTestSupport::Tab(TestSupport::FeaturesOf(sim), nullptr));
     QCOMPARE(tab->accessibleName(), QString("Trigger IO"));
     QVERIFY(tab->parentWidget() == nullptr);
 }

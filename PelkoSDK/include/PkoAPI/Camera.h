@@ -2,6 +2,7 @@
 #define PKOAPI_CAMERA_H
 
 #include <PkoAPI/Feature.h>
+#include <PkoAPI/Frame.h>
 #include <PkoAPI/PkoCommonTypes.h>
 #include <PkoAPI/SharedPointer.h>
 
@@ -44,6 +45,18 @@ public:
     virtual bool IsAcquiring() const = 0;
     // Frames delivered since the camera was opened.
     virtual unsigned long long FramesDelivered() const = 0;
+
+    // The newest complete frame, converted to 8-bit grey, replacing frame.
+    // PkoErrorNotFound while the camera has delivered none since it was
+    // opened, PkoErrorDeviceNotOpen when it is closed; frame is unchanged on
+    // failure. Cheap enough to call from a display timer.
+    virtual int GetLatestFrame(Frame& frame) = 0;
+
+    // True once the open camera has stopped answering (unplugged, switched
+    // off, network gone). From then on every operation of the camera and its
+    // features fails at once with PkoErrorConnectionLost; Close and Open
+    // again to retry. False for a closed camera.
+    virtual bool IsConnectionLost() const = 0;
 
 protected:
     Camera() = default;

@@ -4,6 +4,7 @@
 // Everything a client of the camera SDK needs.
 #include <PkoAPI/Camera.h>
 #include <PkoAPI/Feature.h>
+#include <PkoAPI/Frame.h>
 #include <PkoAPI/IFeatureObserver.h>
 #include <PkoAPI/Mutex.h>
 #include <PkoAPI/PkoCommonTypes.h>

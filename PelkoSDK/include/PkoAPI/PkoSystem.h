@@ -17,9 +17,14 @@ class PkoSystem {
 public:
     static PkoSystem& GetInstance();
 
-    // Every camera, simulated models first, replacing the contents of cameras.
+    // Every camera, simulated models first, then every camera Aravis finds
+    // now (GigE Vision, USB3 Vision), replacing the contents of cameras. The
+    // search for real cameras takes about a second.
     int GetCameras(std::vector<CameraPtr>& cameras);
     // PkoErrorNotFound for an unknown ID, PkoErrorBadParameter for null.
+    // Real cameras have the ID "ARV:" + Aravis's device id (for example
+    // "ARV:Aravis-Fake-GV01"); "ARV:" + anything Aravis can open, such as a
+    // camera's address, is accepted too.
     int GetCameraByID(const char* id, CameraPtr& camera);
 
 private:

@@ -1,0 +1,493 @@
+#include "ArvCameraImpl.h"
+
+#include "ArvDiscovery.h"
+#include "ArvErrors.h"
+#include "ArvFeature.h"
+#include "ArvFrameConverter.h"
+#include "ArvNodeInfo.h"
+#include "ArvPoller.h"
+#include "ArvScopedError.h"
+
+#include <chrono>
+#include <new>
+#include <system_error>
+#include <utility>
+
+namespace ZMT::PkoAPI::Arv {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPollPeriod(200);
+constexpr unsigned int kStreamBuffers = 4;
+// Frames larger than this are not buffered (a misread payload size must not
+// take the machine's memory).
+constexpr long long kMaxPayload = 64LL * 1024 * 1024;
+
+void OnControlLost(::ArvDevice* /*device*/, gpointer flag)
+{
+    static_cast<std::atomic<bool>*>(flag)->store(true);
+}
+
+}  // namespace
+
+ArvCameraImpl::ArvCameraImpl(std::string arvId, std::string model, std::string name)
+    : m_ArvId(std::move(arvId)),
+      m_Id(IdFor(m_ArvId)),
+      m_Anchor(std::make_shared<ArvAnchor>(this)),
+      m_Model(std::move(model)),
+      m_Name(std::move(name)),
+      m_Lost(std::make_shared<std::atomic<bool>>(false))
+{}
+
+ArvCameraImpl::~ArvCameraImpl()
+{
+    m_Anchor->Detach();
+    Close();
+}
+
+std::string ArvCameraImpl::IdFor(const std::string& arvId)
+{
+    return IdPrefix() + arvId;
+}
+
+int ArvCameraImpl::GetID(std::string& id) const
+{
+    id = m_Id;
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::GetModel(std::string& model) const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    model = m_Model;
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::GetName(std::string& name) const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    name = m_Name;
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::Open()
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Open)
+        return PkoErrorSuccess;
+    int errorCode = PkoErrorSuccess;
+    ::ArvDevice* device = ArvDiscovery::Open(m_ArvId, errorCode);
+    if (device == nullptr)
+        return errorCode;
+
+    // Polling must see the camera's own changes: no register cache.
+    arv_device_set_register_cache_policy(device, ARV_REGISTER_CACHE_POLICY_DISABLE);
+    arv_device_set_range_check_policy(device, ARV_RANGE_CHECK_POLICY_ENABLE);
+    arv_device_set_access_check_policy(device, ARV_ACCESS_CHECK_POLICY_ENABLE);
+
+    const unsigned long long session = m_Session + 1;
+    auto lost = std::make_shared<std::atomic<bool>>(false);
+    try {
+        std::vector<ArvNodeInfo> infos = ArvNodeInfo::Walk(arv_device_get_genicam(device));
+        auto graph = std::make_unique<ArvDependencyGraph>(infos);
+        std::vector<shared_ptr<ArvFeature>> features;
+        std::unordered_map<std::string, int> firstIndex;
+        features.reserve(infos.size());
+        for (std::size_t i = 0; i < infos.size(); ++i) {
+            firstIndex.emplace(infos[i].name, static_cast<int>(i));
+            features.emplace_back(new ArvFeature(m_Anchor, session, static_cast<int>(i), std::move(infos[i])));
+        }
+        auto notifier = std::make_shared<Notifier>();
+
+        m_Features = std::move(features);
+        m_FirstIndex = std::move(firstIndex);
+        m_Graph = std::move(graph);
+        m_Signatures.assign(m_Features.size(), std::nullopt);
+        m_Notifier = std::move(notifier);
+    } catch (const std::exception&) {
+        g_object_unref(device);
+        m_Features.clear();
+        m_FirstIndex.clear();
+        m_Graph.reset();
+        return PkoErrorResources;
+    }
+
+    m_Device = device;
+    m_Lost = lost;
+    m_LostHandler = g_signal_connect(device, "control-lost", G_CALLBACK(OnControlLost), m_Lost.get());
+    m_Session = session;
+    m_Open = true;
+    m_Acquiring = false;
+    m_FramesDelivered = 0;
+    m_FramesThisAcquisition = 0;
+    m_FrameLimit = 0;
+    {
+        std::lock_guard<std::mutex> frameLock(m_FrameMutex);
+        m_LatestFrame.reset();
+    }
+
+    // The model as the camera reports it, when it has one.
+    const auto modelIndex = m_FirstIndex.find("DeviceModelName");
+    if (modelIndex != m_FirstIndex.end() && m_Features[modelIndex->second]->Info().type == PkoFeatureDataString) {
+        ArvScopedError error;
+        const char* model =
+            arv_gc_string_get_value(ARV_GC_STRING(m_Features[modelIndex->second]->Info().node), error.Out());
+        if (!error && model != nullptr && *model != '\0') {
+            m_Model = model;
+            m_Name = m_Model + " (" + m_Id + ")";
+        }
+    }
+
+    // Frames are optional: a camera without a usable stream still opens.
+    ArvScopedError streamError;
+    m_Stream = arv_device_create_stream(device, nullptr, nullptr, streamError.Out());
+    if (streamError && m_Stream != nullptr) {
+        g_object_unref(m_Stream);
+        m_Stream = nullptr;
+    }
+    if (m_Stream != nullptr)
+        QueueBuffersLocked(kStreamBuffers);
+
+    try {
+        m_Poller = std::make_unique<ArvPoller>(kPollPeriod, [this] { PollObserved(); });
+        if (m_Stream != nullptr) {
+            m_Receiving = true;
+            m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, session);
+        }
+    } catch (const std::system_error&) {
+        m_Receiving = false;
+        // Close() cleans up what was started.
+    }
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::Close()
+{
+    std::unique_ptr<ArvPoller> poller;
+    std::thread frameThread;
+    std::shared_ptr<Notifier> notifier;
+    std::vector<shared_ptr<ArvFeature>> features;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open)
+            return PkoErrorSuccess;
+        m_Open = false;
+        ++m_Session;
+        m_Receiving = false;
+        poller = std::move(m_Poller);
+        frameThread = std::move(m_FrameThread);
+        notifier = std::move(m_Notifier);
+        features = std::move(m_Features);
+        m_Features.clear();
+        m_FirstIndex.clear();
+        m_Pending.clear();
+    }
+    // The threads end outside the lock: they take it for each step.
+    poller.reset();
+    if (frameThread.joinable())
+        frameThread.join();
+    if (notifier)
+        notifier->Stop();
+    for (const shared_ptr<ArvFeature>& feature : features)
+        feature->DropObservers();
+
+    ::ArvStream* stream = nullptr;
+    ::ArvDevice* device = nullptr;
+    std::shared_ptr<std::atomic<bool>> lostFlag;
+    bool lost = false;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        stream = std::exchange(m_Stream, nullptr);
+        device = std::exchange(m_Device, nullptr);
+        if (device != nullptr && m_LostHandler != 0)
+            g_signal_handler_disconnect(device, m_LostHandler);
+        m_LostHandler = 0;
+        m_Graph.reset();
+        m_Signatures.clear();
+        m_Acquiring = false;
+        lost = m_Lost->load();
+        // A closed camera is not lost; the next Open tries again.
+        lostFlag = std::exchange(m_Lost, std::make_shared<std::atomic<bool>>(false));
+    }
+    // The old flag lives until the device is gone: a control-lost signal
+    // already under way on Aravis's thread may still set it.
+    const auto release = [stream, device, lostFlag] {
+        if (stream != nullptr)
+            g_object_unref(stream);
+        if (device != nullptr)
+            g_object_unref(device);
+    };
+    if (!lost) {
+        release();
+        return PkoErrorSuccess;
+    }
+    // Releasing a device that stopped answering waits for Aravis's
+    // timeouts; nobody should wait for that.
+    try {
+        std::thread(release).detach();
+    } catch (const std::system_error&) {
+        release();
+    }
+    return PkoErrorSuccess;
+}
+
+bool ArvCameraImpl::IsOpen() const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Open;
+}
+
+int ArvCameraImpl::GetFeatures(std::vector<FeaturePtr>& features)
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Open)
+        return PkoErrorDeviceNotOpen;
+    if (m_Lost->load())
+        return PkoErrorConnectionLost;
+    try {
+        std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
+        features.swap(all);
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
+    }
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::GetFeatureByName(const char* name, FeaturePtr& feature)
+{
+    if (name == nullptr)
+        return PkoErrorBadParameter;
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Open)
+        return PkoErrorDeviceNotOpen;
+    if (m_Lost->load())
+        return PkoErrorConnectionLost;
+    const auto found = m_FirstIndex.find(name);
+    if (found == m_FirstIndex.end())
+        return PkoErrorNotFound;
+    feature = m_Features[found->second];
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::StartAcquisition()
+{
+    return RunCommandByName("AcquisitionStart");
+}
+
+int ArvCameraImpl::StopAcquisition()
+{
+    return RunCommandByName("AcquisitionStop");
+}
+
+bool ArvCameraImpl::IsAcquiring() const
+{
+    return m_Acquiring.load();
+}
+
+unsigned long long ArvCameraImpl::FramesDelivered() const
+{
+    return m_FramesDelivered.load();
+}
+
+int ArvCameraImpl::GetLatestFrame(Frame& frame)
+{
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open)
+            return PkoErrorDeviceNotOpen;
+    }
+    std::lock_guard<std::mutex> frameLock(m_FrameMutex);
+    if (!m_LatestFrame)
+        return PkoErrorNotFound;
+    try {
+        frame = *m_LatestFrame;
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
+    }
+    return PkoErrorSuccess;
+}
+
+bool ArvCameraImpl::IsConnectionLost() const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Open && m_Lost->load();
+}
+
+int ArvCameraImpl::CheckSession(unsigned long long session) const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Open && session == m_Session ? PkoErrorSuccess : PkoErrorBadHandle;
+}
+
+void ArvCameraImpl::ChangedLocked(int index)
+{
+    for (int affected : m_Graph->Affected(index)) {
+        m_Pending.push_back(affected);
+        m_Signatures[affected].reset();
+    }
+}
+
+void ArvCameraImpl::CommandRunLocked(const std::string& name)
+{
+    if (name == "AcquisitionStart") {
+        m_FramesThisAcquisition = 0;
+        m_FrameLimit = 0;
+        const auto mode = m_FirstIndex.find("AcquisitionMode");
+        if (mode != m_FirstIndex.end() && m_Features[mode->second]->Info().type == PkoFeatureDataEnum) {
+            ArvScopedError error;
+            const char* text = arv_gc_enumeration_get_string_value(
+                ARV_GC_ENUMERATION(m_Features[mode->second]->Info().node), error.Out());
+            const std::string value = !error && text != nullptr ? text : "";
+            if (value == "SingleFrame") {
+                m_FrameLimit = 1;
+            } else if (value == "MultiFrame") {
+                const auto count = m_FirstIndex.find("AcquisitionFrameCount");
+                if (count != m_FirstIndex.end() && m_Features[count->second]->Info().type == PkoFeatureDataInt) {
+                    ArvScopedError countError;
+                    const gint64 frames = arv_gc_integer_get_value(
+                        ARV_GC_INTEGER(m_Features[count->second]->Info().node), countError.Out());
+                    m_FrameLimit = !countError && frames > 0 ? static_cast<unsigned long long>(frames) : 1;
+                }
+            }
+        }
+        m_Acquiring = true;
+    } else if (name == "AcquisitionStop") {
+        m_Acquiring = false;
+    }
+}
+
+int ArvCameraImpl::RunCommandByName(const char* name)
+{
+    FeaturePtr feature;
+    const int result = GetFeatureByName(name, feature);
+    return result != PkoErrorSuccess ? result : feature->RunCommand();
+}
+
+void ArvCameraImpl::PostLocked()
+{
+    std::vector<int> pending;
+    pending.swap(m_Pending);
+    if (!m_Notifier)
+        return;
+    for (int index : pending)
+        m_Notifier->Post(m_Features[index]);
+}
+
+void ArvCameraImpl::PollObserved()
+{
+    std::vector<int> observed;
+    unsigned long long session = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open || m_Lost->load())
+            return;
+        session = m_Session;
+        for (std::size_t i = 0; i < m_Features.size(); ++i) {
+            if (!m_Features[i]->Observers().empty())
+                observed.push_back(static_cast<int>(i));
+        }
+    }
+    // One feature per lock, so that clients wait for one read at most.
+    for (int index : observed) {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open || session != m_Session || m_Lost->load())
+            return;
+        int errorCode = PkoErrorSuccess;
+        std::string signature = m_Features[index]->SignatureLocked(errorCode);
+        if (errorCode == PkoErrorConnectionLost) {
+            m_Lost->store(true);
+            return;
+        }
+        if (errorCode != PkoErrorSuccess)
+            continue;
+        std::optional<std::string>& last = m_Signatures[index];
+        if (last && *last != signature)
+            m_Notifier->Post(m_Features[index]);
+        last = std::move(signature);
+    }
+}
+
+long long ArvCameraImpl::PayloadSizeLocked()
+{
+    const auto found = m_FirstIndex.find("PayloadSize");
+    if (found == m_FirstIndex.end() || m_Features[found->second]->Info().type != PkoFeatureDataInt) {
+        ArvGcNode* node = arv_device_get_feature(m_Device, "PayloadSize");
+        if (node == nullptr || !ARV_IS_GC_INTEGER(node))
+            return 0;
+        ArvScopedError error;
+        const gint64 size = arv_gc_integer_get_value(ARV_GC_INTEGER(node), error.Out());
+        return error ? 0 : size;
+    }
+    ArvScopedError error;
+    const gint64 size = arv_gc_integer_get_value(ARV_GC_INTEGER(m_Features[found->second]->Info().node), error.Out());
+    return error ? 0 : size;
+}
+
+void ArvCameraImpl::QueueBuffersLocked(unsigned int count)
+{
+    const long long payload = PayloadSizeLocked();
+    if (payload <= 0 || payload > kMaxPayload)
+        return;
+    for (unsigned int i = 0; i < count; ++i)
+        arv_stream_push_buffer(m_Stream, arv_buffer_new_allocate(static_cast<size_t>(payload)));
+}
+
+void ArvCameraImpl::ReceiveFrames(unsigned long long session)
+{
+    ::ArvStream* stream = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        stream = m_Stream;
+    }
+    // The stream's buffer queues are Aravis's thread-safe async queues: popping
+    // and pushing buffers does not take the device lock, so a waiting pop
+    // never holds up feature access.
+    while (m_Receiving.load()) {
+        ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 100000);
+        if (buffer == nullptr)
+            continue;
+        bool delivered = false;
+        try {
+            Frame frame;
+            if (ArvFrameConverter::ToMono8(buffer, frame)) {
+                frame.id = m_FramesDelivered.load() + 1;
+                std::lock_guard<std::mutex> frameLock(m_FrameMutex);
+                m_LatestFrame = std::move(frame);
+                delivered = true;
+            }
+        } catch (const std::bad_alloc&) {
+            // The frame is dropped; the next one may fit.
+        }
+        const bool resize = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SIZE_MISMATCH;
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Open || session != m_Session) {
+            g_object_unref(buffer);
+            return;
+        }
+        if (delivered) {
+            ++m_FramesDelivered;
+            ++m_FramesThisAcquisition;
+            if (m_FrameLimit != 0 && m_FramesThisAcquisition >= m_FrameLimit && m_Acquiring.load()) {
+                // A single- or multi-frame acquisition ends after its frames,
+                // also on cameras that would go on sending.
+                m_Acquiring = false;
+                const auto stop = m_FirstIndex.find("AcquisitionStop");
+                if (stop != m_FirstIndex.end() && !m_Lost->load()) {
+                    ArvScopedError error;
+                    arv_gc_command_execute(ARV_GC_COMMAND(m_Features[stop->second]->Info().node), error.Out());
+                    if (ArvErrors::MeansConnectionLost(error.Get()))
+                        m_Lost->store(true);
+                }
+            }
+        }
+        if (resize) {
+            // The image size changed since the buffers were made.
+            g_object_unref(buffer);
+            QueueBuffersLocked(1);
+        } else {
+            arv_stream_push_buffer(stream, buffer);
+        }
+    }
+}
+
+}  // namespace ZMT::PkoAPI::Arv
