@@ -15,7 +15,7 @@ namespace ZMT::PkoAPI::Sim {
 SimCameraImpl::SimCameraImpl(std::string id, std::string model, SimState state)
     : m_Id(std::move(id)),
       m_Model(std::move(model)),
-      m_Anchor(std::make_shared<CameraAnchor>(this)),
+      m_Anchor(std::make_shared<DeviceAnchor<SimCameraImpl>>(this)),
       m_State(std::move(state))
 {
     m_Features.reserve(m_State.Count());

@@ -1,7 +1,7 @@
 #ifndef PKOAPI_SRC_SIMCAMERAIMPL_H
 #define PKOAPI_SRC_SIMCAMERAIMPL_H
 
-#include "CameraAnchor.h"
+#include "DeviceAnchor.h"
 #include "Notifier.h"
 #include "SimState.h"
 
@@ -87,7 +87,7 @@ private:
 
     const std::string m_Id;
     const std::string m_Model;
-    std::shared_ptr<CameraAnchor> m_Anchor;
+    std::shared_ptr<DeviceAnchor<SimCameraImpl>> m_Anchor;
     // Fixed after construction; index i is the state's feature i.
     std::vector<shared_ptr<SimFeature>> m_Features;
 

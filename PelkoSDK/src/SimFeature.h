@@ -1,7 +1,7 @@
 #ifndef PKOAPI_SRC_SIMFEATURE_H
 #define PKOAPI_SRC_SIMFEATURE_H
 
-#include "CameraAnchor.h"
+#include "DeviceAnchor.h"
 #include "FeatureBase.h"
 
 #include <memory>
@@ -9,6 +9,9 @@
 #include <vector>
 
 namespace ZMT::PkoAPI::Sim {
+
+class SimCameraImpl;
+typedef DeviceAnchor<SimCameraImpl> CameraAnchor;
 
 // One feature of a simulated camera. It holds no state of its own beyond its
 // entry texts (GetValues hands out pointers into them, valid as long as this

@@ -33,7 +33,7 @@ void OnControlLost(::ArvDevice* /*device*/, gpointer flag)
 ArvCameraImpl::ArvCameraImpl(std::string arvId, std::string model, std::string name)
     : m_ArvId(std::move(arvId)),
       m_Id(IdFor(m_ArvId)),
-      m_Anchor(std::make_shared<ArvAnchor>(this)),
+      m_Anchor(std::make_shared<DeviceAnchor<ArvCameraImpl>>(this)),
       m_Model(std::move(model)),
       m_Name(std::move(name)),
       m_Lost(std::make_shared<std::atomic<bool>>(false))

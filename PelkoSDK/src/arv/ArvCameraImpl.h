@@ -1,8 +1,8 @@
 #ifndef PKOAPI_SRC_ARV_ARVCAMERAIMPL_H
 #define PKOAPI_SRC_ARV_ARVCAMERAIMPL_H
 
+#include "../DeviceAnchor.h"
 #include "../Notifier.h"
-#include "ArvAnchor.h"
 #include "ArvDependencyGraph.h"
 
 #include <PkoAPI/Camera.h>
@@ -112,7 +112,7 @@ private:
 
     const std::string m_ArvId;
     const std::string m_Id;
-    std::shared_ptr<ArvAnchor> m_Anchor;
+    std::shared_ptr<DeviceAnchor<ArvCameraImpl>> m_Anchor;
 
     mutable std::mutex m_Mutex;
     std::string m_Model;

@@ -1,14 +1,17 @@
 #ifndef PKOAPI_SRC_ARV_ARVFEATURE_H
 #define PKOAPI_SRC_ARV_ARVFEATURE_H
 
+#include "../DeviceAnchor.h"
 #include "../FeatureBase.h"
-#include "ArvAnchor.h"
 #include "ArvNodeInfo.h"
 
 #include <memory>
 #include <string>
 
 namespace ZMT::PkoAPI::Arv {
+
+class ArvCameraImpl;
+typedef DeviceAnchor<ArvCameraImpl> ArvAnchor;
 
 // One feature of an Aravis camera, valid for the open session it was made
 // in (after Close every operation fails with PkoErrorBadHandle). Every

@@ -1,23 +1,23 @@
-#ifndef PKOAPI_SRC_CAMERAANCHOR_H
-#define PKOAPI_SRC_CAMERAANCHOR_H
+#ifndef PKOAPI_SRC_DEVICEANCHOR_H
+#define PKOAPI_SRC_DEVICEANCHOR_H
 
 #include <PkoAPI/PkoCommonTypes.h>
 
 #include <mutex>
 #include <shared_mutex>
 
-namespace ZMT::PkoAPI::Sim {
+namespace ZMT::PkoAPI {
 
-class SimCameraImpl;
-
-// How features reach their camera. Clients may keep features after the
-// camera is gone; the camera detaches the anchor first thing in its
-// destructor, and from then on every feature operation fails cleanly.
-class CameraAnchor {
+// How features reach their camera (a backend's camera class). Clients may
+// keep features after the camera is gone; the camera detaches the anchor
+// first thing in its destructor, and from then on every feature operation
+// fails cleanly.
+template <class Camera>
+class DeviceAnchor {
 public:
-    explicit CameraAnchor(SimCameraImpl* camera) : m_Camera(camera) {}
-    CameraAnchor(const CameraAnchor&) = delete;
-    CameraAnchor& operator=(const CameraAnchor&) = delete;
+    explicit DeviceAnchor(Camera* camera) : m_Camera(camera) {}
+    DeviceAnchor(const DeviceAnchor&) = delete;
+    DeviceAnchor& operator=(const DeviceAnchor&) = delete;
 
     // op(camera)'s result, or PkoErrorBadHandle once the camera is gone.
     // The camera cannot be destroyed while op runs.
@@ -37,9 +37,9 @@ public:
 
 private:
     std::shared_mutex m_Mutex;
-    SimCameraImpl* m_Camera;
+    Camera* m_Camera;
 };
 
-}  // namespace ZMT::PkoAPI::Sim
+}  // namespace ZMT::PkoAPI
 
 #endif

@@ -1,0 +1,242 @@
+// Times the "Trigger IO" tab on a fake GigE Vision camera (loopback) of each
+// naming generation and on the simulated model of the same family, and
+// counts the register transactions of each step on the fake cameras.
+//
+//   pko-benchmark [--runs N] [--generation 1|2|3]
+//
+// Figures are medians of N runs (default 5), all generations by default.
+//
+// Needs arv-fake-gv-camera-0.8 on PATH; waits for the machine-wide lock of
+// the loopback camera port while tests hold it.
+
+#include "FakeGvCamera.h"
+#include "TabBenchmark.h"
+#include "TransactionCounter.h"
+
+#include <PkoAPI/PkoAPI.h>
+
+#include <QApplication>
+#include <QStringList>
+#include <QVector>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+struct Generation {
+    const char* label;
+    const char* description;
+    const char* model;
+};
+
+const Generation kGenerations[] = {
+    {"1 (Line*)", FakeGvCamera::Gen1Line, "SIM-LINE-ROUTING"},
+    {"2 (SyncOut*)", FakeGvCamera::Gen2SyncOut, "SIM-SYNCOUT"},
+    {"3 (LineOut*)", FakeGvCamera::Gen3LineOut, "SIM-LINEOUT"},
+};
+
+const int kCheckReads = 20;
+
+// The tab's base class drops every Qt message for good: print directly.
+void Print(const QString& text)
+{
+    std::fputs(text.toLocal8Bit().constData(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+template <class T>
+T Median(QVector<T> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.isEmpty() ? T() : values.at(values.size() / 2);
+}
+
+QString Milliseconds(qint64 nanoseconds)
+{
+    return QString::number(nanoseconds / 1e6, 'f', nanoseconds < 10000000 ? 2 : 1) + " ms";
+}
+
+QString Cell(const QVector<TabBenchmark::Result>& results, int step)
+{
+    QVector<qint64> times;
+    QVector<long long> transactions;
+    for (const TabBenchmark::Result& result : results) {
+        times << result.steps[step].nanoseconds;
+        transactions << result.steps[step].transactions;
+    }
+    std::sort(transactions.begin(), transactions.end());
+    const long long count = Median(transactions);
+    if (count < 0)
+        return Milliseconds(Median(times)) + " / n/a";
+    QString cell = Milliseconds(Median(times)) + " / " + QString::number(count);
+    if (transactions.first() != transactions.last())
+        cell += QStringLiteral(" (%1..%2)").arg(transactions.first()).arg(transactions.last());
+    return cell;
+}
+
+QString Row(const QString& camera, const QVector<TabBenchmark::Result>& results)
+{
+    QString row = "| " + camera;
+    for (int step = 0; step < TabBenchmark::StepCount; ++step)
+        row += " | " + Cell(results, step);
+    return row + " |";
+}
+
+QString RunLine(const QString& what, int run, const TabBenchmark::Result& result)
+{
+    QString line = QStringLiteral("  %1, run %2:").arg(what).arg(run + 1);
+    for (int step = 0; step < TabBenchmark::StepCount; ++step) {
+        const TabBenchmark::Figure& figure = result.steps[step];
+        line += QStringLiteral(" %1 %2").arg(QString::fromLatin1(TabBenchmark::StepName(TabBenchmark::Step(step))),
+                                             Milliseconds(figure.nanoseconds));
+        if (figure.transactions >= 0)
+            line += QStringLiteral("/%1(%2w)").arg(figure.transactions).arg(figure.writes);
+        line += QLatin1Char(';');
+    }
+    if (result.backgroundPerSecond >= 0)
+        line += QStringLiteral(" background %1/s").arg(result.backgroundPerSecond, 0, 'f', 1);
+    return line;
+}
+
+ZMT::PkoAPI::CameraPtr FindFakeCamera(const QString& serial)
+{
+    ZMT::PkoAPI::PkoSystem& system = ZMT::PkoAPI::PkoSystem::GetInstance();
+    for (const QString& id : {"ARV:Aravis-Fake-" + serial, QStringLiteral("ARV:127.0.0.1")}) {
+        ZMT::PkoAPI::CameraPtr camera;
+        if (system.GetCameraByID(id.toLatin1().constData(), camera) == 0 && camera)
+            return camera;
+    }
+    return ZMT::PkoAPI::CameraPtr();
+}
+
+// One run on a fake camera of its own; false with the reason printed on
+// failure. The first run of each generation checks the counter first and
+// measures the background traffic.
+bool RunFake(const Generation& generation, int run, QVector<TabBenchmark::Result>& results, QVector<double>& background)
+{
+    FakeGvCamera fake(FakeGvCamera::GenicamFile(QString::fromLatin1(generation.description)), QStringLiteral("BNCH"));
+    TransactionCounter::Prepare(fake);
+    if (!fake.Start()) {
+        Print("fake camera: " + fake.ErrorString());
+        return false;
+    }
+    const TransactionCounter counter(fake);
+    if (run == 0) {
+        QString error;
+        const long long before = counter.Count();
+        const int read = TransactionCounter::ReadDirectly(kCheckReads, error);
+        const long long counted = counter.Count() - before;
+        Print(QStringLiteral("  counter check: %1 direct register reads acknowledged, %2 counted%3")
+                  .arg(read)
+                  .arg(counted)
+                  .arg(read == kCheckReads && counted == read ? QString() : QStringLiteral(" (MISMATCH) ") + error));
+        if (read != kCheckReads || counted != read)
+            return false;
+    }
+    ZMT::PkoAPI::CameraPtr camera = FindFakeCamera(fake.Serial());
+    if (!camera) {
+        Print("the SDK does not know the fake camera " + fake.Serial());
+        return false;
+    }
+    const TabBenchmark::Result result = TabBenchmark::Run(camera, &counter, run == 0);
+    if (!result.error.isEmpty()) {
+        Print("  GigE run failed: " + result.error);
+        return false;
+    }
+    Print(RunLine(QStringLiteral("GigE"), run, result));
+    results << result;
+    if (result.backgroundPerSecond >= 0)
+        background << result.backgroundPerSecond;
+    return true;
+}
+
+bool RunSimulated(const Generation& generation, int run, QVector<TabBenchmark::Result>& results)
+{
+    ZMT::PkoAPI::CameraPtr camera;
+    if (ZMT::PkoAPI::PkoSystem::GetInstance().GetCameraByID(generation.model, camera) != 0 || !camera) {
+        Print(QStringLiteral("no simulated camera %1").arg(QString::fromLatin1(generation.model)));
+        return false;
+    }
+    const TabBenchmark::Result result = TabBenchmark::Run(camera, nullptr, false);
+    if (!result.error.isEmpty()) {
+        Print("  simulated run failed: " + result.error);
+        return false;
+    }
+    Print(RunLine(QString::fromLatin1(generation.model), run, result));
+    results << result;
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    int runs = 5;
+    int only = 0;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) {
+            runs = std::max(1, std::atoi(argv[++i]));
+        } else if (std::strcmp(argv[i], "--generation") == 0 && i + 1 < argc) {
+            only = std::atoi(argv[++i]);
+        } else if (std::strcmp(argv[i], "-platform") != 0 && argv[i][0] == '-') {
+            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3]\n", argv[0]);
+            return 2;
+        }
+    }
+    // Timings without a display unless one is asked for.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    if (!FakeGvCamera::BinaryAvailable()) {
+        Print("arv-fake-gv-camera-0.8 is not on PATH (Debian: aravis-tools-cli)");
+        return 1;
+    }
+
+    QStringList rows;
+    QStringList backgrounds;
+    bool ok = true;
+    for (const Generation& generation : kGenerations) {
+        if (only != 0 && generation.label[0] != '0' + only)
+            continue;
+        Print(QStringLiteral("generation %1: %2 / %3")
+                  .arg(QString::fromLatin1(generation.label), QString::fromLatin1(generation.description),
+                       QString::fromLatin1(generation.model)));
+        QVector<TabBenchmark::Result> fake;
+        QVector<TabBenchmark::Result> simulated;
+        QVector<double> background;
+        for (int run = 0; run < runs && ok; ++run)
+            ok = RunFake(generation, run, fake, background);
+        for (int run = 0; run < runs && ok; ++run)
+            ok = RunSimulated(generation, run, simulated);
+        if (!ok)
+            break;
+        rows << Row(QStringLiteral("gen %1, GigE loopback").arg(QString::fromLatin1(generation.label)), fake);
+        rows << Row(QStringLiteral("gen %1, %2")
+                        .arg(QString::fromLatin1(generation.label), QString::fromLatin1(generation.model)),
+                    simulated);
+        backgrounds << QStringLiteral("gen %1: %2 transactions/s")
+                           .arg(QString::fromLatin1(generation.label))
+                           .arg(Median(background), 0, 'f', 1);
+    }
+    if (!ok)
+        return 1;
+
+    Print(QStringLiteral("\nMedians of %1 runs, wall time / register transactions (range when runs differ):\n")
+              .arg(runs));
+    QString header = QStringLiteral("| camera");
+    QString rule = QStringLiteral("|---");
+    for (int step = 0; step < TabBenchmark::StepCount; ++step) {
+        header += QStringLiteral(" | ") + QString::fromLatin1(TabBenchmark::StepName(TabBenchmark::Step(step)));
+        rule += QStringLiteral("|---");
+    }
+    Print(header + " |");
+    Print(rule + "|");
+    for (const QString& row : rows)
+        Print(row);
+    Print(QStringLiteral("\nBackground while the tab is shown and idle: ") + backgrounds.join(QStringLiteral("; ")));
+    return 0;
+}
