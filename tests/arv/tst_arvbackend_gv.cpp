@@ -11,8 +11,11 @@
 
 #include <signal.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 using namespace ZMT::PkoAPI;
 
@@ -32,6 +35,22 @@ std::string TextOf(const FeaturePtr& feature)
 class NullObserver : public IFeatureObserver {
 public:
     void FeatureChanged(const FeaturePtr&) override {}
+};
+
+// Joins a thread when the test leaves, also on a failed check.
+class Joiner {
+public:
+    explicit Joiner(std::thread& thread) : m_Thread(thread) {}
+    ~Joiner()
+    {
+        if (m_Thread.joinable())
+            m_Thread.join();
+    }
+    Joiner(const Joiner&) = delete;
+    Joiner& operator=(const Joiner&) = delete;
+
+private:
+    std::thread& m_Thread;
 };
 
 }  // namespace
@@ -147,6 +166,48 @@ private slots:
         QVERIFY(!m_Camera->IsConnectionLost());
         QCOMPARE(width->GetValue(value), int(PkoErrorBadHandle));
         m_Camera = CameraPtr();
+    }
+
+    void shouldNotMakeOtherThreadsWaitForACallStuckOnAKilledCamera()
+    {
+        const FeaturePtr width = Feature("Width");
+        const FeaturePtr height = Feature("Height");
+        // A background thread reads until the camera stops answering.
+        std::atomic<int> backgroundResult{PkoErrorSuccess};
+        std::thread background([&]() {
+            long long value = 0;
+            int result = PkoErrorSuccess;
+            while (result == PkoErrorSuccess)
+                result = width->GetValue(value);
+            backgroundResult = result;
+        });
+        Joiner joiner(background);
+        QTest::qWait(100);
+        QCOMPARE(backgroundResult.load(), int(PkoErrorSuccess));
+
+        QCOMPARE(::kill(m_Fake->Pid(), SIGKILL), 0);
+        // By now the background thread is inside a call that waits for the
+        // dead camera.
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        for (int i = 0; i < 3; ++i) {
+            QElapsedTimer call;
+            call.start();
+            long long value = 0;
+            const int result = height->GetValue(value);
+            QVERIFY2(result == PkoErrorTimeout || result == PkoErrorConnectionLost,
+                     qPrintable(QString::number(result)));
+            QVERIFY2(call.elapsed() < 1000, qPrintable(QString::number(call.elapsed())));
+        }
+
+        background.join();
+        QCOMPARE(backgroundResult.load(), int(PkoErrorConnectionLost));
+        QVERIFY(m_Camera->IsConnectionLost());
+        for (int i = 0; i < 5; ++i) {
+            long long value = 0;
+            QCOMPARE(height->GetValue(value), int(PkoErrorConnectionLost));
+            QCOMPARE(width->SetValue(64LL), int(PkoErrorConnectionLost));
+            QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorConnectionLost));
+        }
     }
 
     void shouldNoticeTheLossOfAnIdleCameraByItself()

@@ -14,6 +14,10 @@ namespace PkoAPI {
 // - Returns PkoErrorSuccess (0) or a negative PkoErrorCode; never throws.
 // - On failure no output parameter is changed and the camera is unchanged.
 // - Every operation may be called from any thread.
+// - PkoErrorTimeout: the camera did not answer in time. Another call to the
+//   same camera is stuck waiting for it (it may be dying); the call gives up
+//   after a fraction of a second instead of waiting behind it. Once the stuck
+//   call returns, calls work again or fail with PkoErrorConnectionLost.
 //
 // Text protocol (GetName, GetDisplayName, GetCategory, GetValue(char*, ...)):
 // call with buffer == nullptr to get the length of the text (without a

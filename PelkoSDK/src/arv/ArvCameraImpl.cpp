@@ -18,6 +18,12 @@ namespace ZMT::PkoAPI::Arv {
 namespace {
 
 constexpr std::chrono::milliseconds kPollPeriod(200);
+// A caller waits this long at least before it gives up on the device lock,
+// and only when the holder has been in its call for kStuckAfter: a call to a
+// camera that answers takes a few milliseconds.
+constexpr std::chrono::milliseconds kGiveUpAfter(200);
+constexpr std::chrono::milliseconds kStuckAfter(400);
+constexpr std::chrono::milliseconds kLockSlice(25);
 constexpr unsigned int kStreamBuffers = 4;
 // Frames larger than this are not buffered (a misread payload size must not
 // take the machine's memory).
@@ -58,23 +64,32 @@ int ArvCameraImpl::GetID(std::string& id) const
 
 int ArvCameraImpl::GetModel(std::string& model) const
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    std::lock_guard<std::mutex> lock(m_StateMutex);
     model = m_Model;
     return PkoErrorSuccess;
 }
 
 int ArvCameraImpl::GetName(std::string& name) const
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    std::lock_guard<std::mutex> lock(m_StateMutex);
     name = m_Name;
     return PkoErrorSuccess;
 }
 
 int ArvCameraImpl::Open()
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    // Opening is the caller's own wait: no giving up here.
+    std::lock_guard<std::timed_mutex> lock(m_Mutex);
     if (m_Open)
         return PkoErrorSuccess;
+    m_CallSince.store(SteadyNow());
+    const int result = OpenLocked();
+    EndCallLocked();
+    return result;
+}
+
+int ArvCameraImpl::OpenLocked()
+{
     int errorCode = PkoErrorSuccess;
     ::ArvDevice* device = ArvDiscovery::Open(m_ArvId, errorCode);
     if (device == nullptr)
@@ -113,10 +128,13 @@ int ArvCameraImpl::Open()
     }
 
     m_Device = device;
-    m_Lost = lost;
+    {
+        std::lock_guard<std::mutex> state(m_StateMutex);
+        m_Lost = lost;
+        m_Session = session;
+        m_Open = true;
+    }
     m_LostHandler = g_signal_connect(device, "control-lost", G_CALLBACK(OnControlLost), m_Lost.get());
-    m_Session = session;
-    m_Open = true;
     m_Acquiring = false;
     m_FramesDelivered = 0;
     m_FramesThisAcquisition = 0;
@@ -133,6 +151,7 @@ int ArvCameraImpl::Open()
         const char* model =
             arv_gc_string_get_value(ARV_GC_STRING(m_Features[modelIndex->second]->Info().node), error.Out());
         if (!error && model != nullptr && *model != '\0') {
+            std::lock_guard<std::mutex> state(m_StateMutex);
             m_Model = model;
             m_Name = m_Model + " (" + m_Id + ")";
         }
@@ -168,7 +187,9 @@ int ArvCameraImpl::Close()
     std::shared_ptr<Notifier> notifier;
     std::vector<shared_ptr<ArvFeature>> features;
     {
-        std::lock_guard<std::mutex> lock(m_Mutex);
+        // Waits for a call stuck on the camera: the poller ends after it anyway.
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
+        std::lock_guard<std::mutex> state(m_StateMutex);
         if (!m_Open)
             return PkoErrorSuccess;
         m_Open = false;
@@ -196,7 +217,8 @@ int ArvCameraImpl::Close()
     std::shared_ptr<std::atomic<bool>> lostFlag;
     bool lost = false;
     {
-        std::lock_guard<std::mutex> lock(m_Mutex);
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
+        std::lock_guard<std::mutex> state(m_StateMutex);
         stream = std::exchange(m_Stream, nullptr);
         device = std::exchange(m_Device, nullptr);
         if (device != nullptr && m_LostHandler != 0)
@@ -233,40 +255,42 @@ int ArvCameraImpl::Close()
 
 bool ArvCameraImpl::IsOpen() const
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    std::lock_guard<std::mutex> lock(m_StateMutex);
     return m_Open;
 }
 
 int ArvCameraImpl::GetFeatures(std::vector<FeaturePtr>& features)
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
-    if (!m_Open)
-        return PkoErrorDeviceNotOpen;
-    if (m_Lost->load())
-        return PkoErrorConnectionLost;
-    try {
-        std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
-        features.swap(all);
-    } catch (const std::bad_alloc&) {
-        return PkoErrorResources;
-    }
-    return PkoErrorSuccess;
+    return WithDevice([&]() -> int {
+        if (!m_Open)
+            return PkoErrorDeviceNotOpen;
+        if (m_Lost->load())
+            return PkoErrorConnectionLost;
+        try {
+            std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
+            features.swap(all);
+        } catch (const std::bad_alloc&) {
+            return PkoErrorResources;
+        }
+        return PkoErrorSuccess;
+    });
 }
 
 int ArvCameraImpl::GetFeatureByName(const char* name, FeaturePtr& feature)
 {
     if (name == nullptr)
         return PkoErrorBadParameter;
-    std::lock_guard<std::mutex> lock(m_Mutex);
-    if (!m_Open)
-        return PkoErrorDeviceNotOpen;
-    if (m_Lost->load())
-        return PkoErrorConnectionLost;
-    const auto found = m_FirstIndex.find(name);
-    if (found == m_FirstIndex.end())
-        return PkoErrorNotFound;
-    feature = m_Features[found->second];
-    return PkoErrorSuccess;
+    return WithDevice([&]() -> int {
+        if (!m_Open)
+            return PkoErrorDeviceNotOpen;
+        if (m_Lost->load())
+            return PkoErrorConnectionLost;
+        const auto found = m_FirstIndex.find(name);
+        if (found == m_FirstIndex.end())
+            return PkoErrorNotFound;
+        feature = m_Features[found->second];
+        return PkoErrorSuccess;
+    });
 }
 
 int ArvCameraImpl::StartAcquisition()
@@ -292,7 +316,7 @@ unsigned long long ArvCameraImpl::FramesDelivered() const
 int ArvCameraImpl::GetLatestFrame(Frame& frame)
 {
     {
-        std::lock_guard<std::mutex> lock(m_Mutex);
+        std::lock_guard<std::mutex> lock(m_StateMutex);
         if (!m_Open)
             return PkoErrorDeviceNotOpen;
     }
@@ -309,14 +333,49 @@ int ArvCameraImpl::GetLatestFrame(Frame& frame)
 
 bool ArvCameraImpl::IsConnectionLost() const
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    std::lock_guard<std::mutex> lock(m_StateMutex);
     return m_Open && m_Lost->load();
 }
 
 int ArvCameraImpl::CheckSession(unsigned long long session) const
 {
-    std::lock_guard<std::mutex> lock(m_Mutex);
+    std::lock_guard<std::mutex> lock(m_StateMutex);
     return m_Open && session == m_Session ? PkoErrorSuccess : PkoErrorBadHandle;
+}
+
+int ArvCameraImpl::LockDevice(std::unique_lock<std::timed_mutex>& lock)
+{
+    const auto start = std::chrono::steady_clock::now();
+    for (;;) {
+        if (m_Stalled.load())
+            return PkoErrorTimeout;
+        if (lock.try_lock_for(kLockSlice))
+            return PkoErrorSuccess;
+        if (std::chrono::steady_clock::now() - start < kGiveUpAfter)
+            continue;
+        const long long since = m_CallSince.load();
+        if (since == 0 || SteadyNow() - since < std::chrono::nanoseconds(kStuckAfter).count())
+            continue;
+        m_Stalled.store(true);
+        if (m_CallSince.load() == since)
+            return PkoErrorTimeout;
+        // The stuck call ended meanwhile; its end may have missed the flag.
+        m_Stalled.store(false);
+    }
+}
+
+void ArvCameraImpl::EndCallLocked()
+{
+    m_CallSince.store(0);
+    m_Stalled.store(false);
+}
+
+long long ArvCameraImpl::SteadyNow()
+{
+    // Never 0, which means "no call".
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+               .count() |
+           1;
 }
 
 void ArvCameraImpl::ChangedLocked(int index)
@@ -377,33 +436,40 @@ void ArvCameraImpl::PollObserved()
 {
     std::vector<int> observed;
     unsigned long long session = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
+    const int listed = WithDevice([&]() -> int {
         if (!m_Open || m_Lost->load())
-            return;
+            return PkoErrorConnectionLost;
         session = m_Session;
         for (std::size_t i = 0; i < m_Features.size(); ++i) {
             if (!m_Features[i]->Observers().empty())
                 observed.push_back(static_cast<int>(i));
         }
-    }
+        return PkoErrorSuccess;
+    });
+    if (listed != PkoErrorSuccess)
+        return;
     // One feature per lock, so that clients wait for one read at most.
     for (int index : observed) {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        if (!m_Open || session != m_Session || m_Lost->load())
+        const int result = WithDevice([&]() -> int {
+            if (!m_Open || session != m_Session || m_Lost->load())
+                return PkoErrorConnectionLost;
+            int errorCode = PkoErrorSuccess;
+            std::string signature = m_Features[index]->SignatureLocked(errorCode);
+            if (errorCode == PkoErrorConnectionLost) {
+                m_Lost->store(true);
+                return errorCode;
+            }
+            if (errorCode != PkoErrorSuccess)
+                return PkoErrorSuccess;
+            std::optional<std::string>& last = m_Signatures[index];
+            if (last && *last != signature)
+                m_Notifier->Post(m_Features[index]);
+            last = std::move(signature);
+            return PkoErrorSuccess;
+        });
+        // A stuck call of someone else: the next tick tries again.
+        if (result != PkoErrorSuccess)
             return;
-        int errorCode = PkoErrorSuccess;
-        std::string signature = m_Features[index]->SignatureLocked(errorCode);
-        if (errorCode == PkoErrorConnectionLost) {
-            m_Lost->store(true);
-            return;
-        }
-        if (errorCode != PkoErrorSuccess)
-            continue;
-        std::optional<std::string>& last = m_Signatures[index];
-        if (last && *last != signature)
-            m_Notifier->Post(m_Features[index]);
-        last = std::move(signature);
     }
 }
 
@@ -436,7 +502,7 @@ void ArvCameraImpl::ReceiveFrames(unsigned long long session)
 {
     ::ArvStream* stream = nullptr;
     {
-        std::lock_guard<std::mutex> lock(m_Mutex);
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
         stream = m_Stream;
     }
     // The stream's buffer queues are Aravis's thread-safe async queues: popping
@@ -459,11 +525,13 @@ void ArvCameraImpl::ReceiveFrames(unsigned long long session)
             // The frame is dropped; the next one may fit.
         }
         const bool resize = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SIZE_MISMATCH;
-        std::lock_guard<std::mutex> lock(m_Mutex);
+        // Waits for a stuck call: the buffer must go back either way.
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
         if (!m_Open || session != m_Session) {
             g_object_unref(buffer);
             return;
         }
+        m_CallSince.store(SteadyNow());
         if (delivered) {
             ++m_FramesDelivered;
             ++m_FramesThisAcquisition;
@@ -487,6 +555,7 @@ void ArvCameraImpl::ReceiveFrames(unsigned long long session)
         } else {
             arv_stream_push_buffer(stream, buffer);
         }
+        EndCallLocked();
     }
 }
 

@@ -33,6 +33,13 @@ class ArvPoller;
 // stream's control runs under m_Mutex, and a selector write and the access
 // it selects for run in one critical section. Observers are called on the
 // notification thread with no lock of the camera held.
+//
+// A camera that dies is found out by the first call, which waits out
+// Aravis's retries (seconds). Other callers do not queue behind such a stuck
+// call: they give up with PkoErrorTimeout, and until it returns every further
+// call fails at once the same way. The open state, the session and the lost
+// flag are also kept under m_StateMutex, which is never held across a call
+// to the camera, so that the state queries never wait for one.
 class ArvCameraImpl final : public Camera {
 public:
     // arvId is what Aravis opens (its device id or an address); the SDK id is
@@ -72,23 +79,25 @@ public:
     // lock: PkoErrorBadHandle when that session is over, PkoErrorConnectionLost
     // at once after the camera stopped answering, else op's result; the
     // changes it announced are then posted to observers.
+    // PkoErrorTimeout when another call is stuck on the camera.
     template <class Op>
     int Access(unsigned long long session, Op&& op)
     {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        if (!m_Open || session != m_Session)
-            return PkoErrorBadHandle;
-        if (m_Lost->load())
-            return PkoErrorConnectionLost;
-        int result = PkoErrorSuccess;
-        if constexpr (std::is_invocable_v<Op, ArvCameraImpl&>)
-            result = op(*this);
-        else
-            result = op();
-        if (result == PkoErrorConnectionLost)
-            m_Lost->store(true);
-        PostLocked();
-        return result;
+        return WithDevice([&]() -> int {
+            if (!m_Open || session != m_Session)
+                return PkoErrorBadHandle;
+            if (m_Lost->load())
+                return PkoErrorConnectionLost;
+            int result = PkoErrorSuccess;
+            if constexpr (std::is_invocable_v<Op, ArvCameraImpl&>)
+                result = op(*this);
+            else
+                result = op();
+            if (result == PkoErrorConnectionLost)
+                m_Lost->store(true);
+            PostLocked();
+            return result;
+        });
     }
 
     // PkoErrorSuccess while session is the open one, lost or not, else
@@ -102,6 +111,26 @@ public:
     void CommandRunLocked(const std::string& name);
 
 private:
+    // Runs step() under the device lock and returns its result. Gives up with
+    // PkoErrorTimeout instead of queueing behind a call stuck on the camera.
+    template <class Step>
+    int WithDevice(Step&& step)
+    {
+        std::unique_lock<std::timed_mutex> lock(m_Mutex, std::defer_lock);
+        if (const int result = LockDevice(lock))
+            return result;
+        m_CallSince.store(SteadyNow());
+        const int result = step();
+        EndCallLocked();
+        return result;
+    }
+    // PkoErrorSuccess with lock owned, or PkoErrorTimeout.
+    int LockDevice(std::unique_lock<std::timed_mutex>& lock);
+    // The call under the device lock is over; waiters may queue again.
+    void EndCallLocked();
+    static long long SteadyNow();
+
+    int OpenLocked();
     int RunCommandByName(const char* name);
     void PostLocked();
     void PollObserved();
@@ -114,7 +143,14 @@ private:
     const std::string m_Id;
     std::shared_ptr<DeviceAnchor<ArvCameraImpl>> m_Anchor;
 
-    mutable std::mutex m_Mutex;
+    mutable std::timed_mutex m_Mutex;
+    // When the holder of m_Mutex started its call (SteadyNow()); 0: none.
+    std::atomic<long long> m_CallSince{0};
+    // Set by the first caller that gave up on a stuck call; cleared when
+    // that call returns.
+    std::atomic<bool> m_Stalled{false};
+    // Guards the next five for readers without m_Mutex; writers hold both.
+    mutable std::mutex m_StateMutex;
     std::string m_Model;
     std::string m_Name;
     bool m_Open = false;
