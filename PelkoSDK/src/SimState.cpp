@@ -1,5 +1,7 @@
 #include "SimState.h"
 
+#include "TextProtocol.h"
+
 #include "SimContext.h"
 #include "ValueText.h"
 
@@ -16,22 +18,6 @@ namespace {
 // Rules may read computed features that read others; deeper chains than this
 // are taken as a cycle and end at the stored value.
 constexpr std::size_t kMaxRuleDepth = 16;
-
-int CopyText(const std::string& text, char* buffer, unsigned int& length)
-{
-    const auto size = static_cast<unsigned int>(text.size());
-    if (buffer == nullptr) {
-        length = size;
-        return PkoErrorSuccess;
-    }
-    if (length < size)
-        return PkoErrorMoreData;
-    std::memcpy(buffer, text.data(), size);
-    if (length > size)
-        buffer[size] = '\0';
-    length = size;
-    return PkoErrorSuccess;
-}
 
 int Find(const std::vector<std::string>& entries, const std::string& entry)
 {

@@ -1,5 +1,7 @@
 #include "ArvFeature.h"
 
+#include "../TextProtocol.h"
+
 #include "ArvCameraImpl.h"
 #include "ArvErrors.h"
 #include "ArvScopedError.h"
@@ -20,22 +22,6 @@ int CodeOf(const ArvScopedError& error)
     if (ArvErrors::MeansConnectionLost(error.Get()))
         return PkoErrorConnectionLost;
     return ArvErrors::ToCode(error.Get());
-}
-
-int CopyText(const std::string& text, char* buffer, unsigned int& length)
-{
-    const auto size = static_cast<unsigned int>(text.size());
-    if (buffer == nullptr) {
-        length = size;
-        return PkoErrorSuccess;
-    }
-    if (length < size)
-        return PkoErrorMoreData;
-    std::memcpy(buffer, text.data(), size);
-    if (length > size)
-        buffer[size] = '\0';
-    length = size;
-    return PkoErrorSuccess;
 }
 
 std::vector<const char*> PointersTo(const std::vector<std::string>& entries)
