@@ -131,14 +131,23 @@ private slots:
         // Killed by pid behind the fixture's back: the fixture keeps the
         // machine-wide loopback lock, so no other camera can take the port
         // and answer in the dead camera's place.
-        QElapsedTimer sinceKill;
         QCOMPARE(::kill(m_Fake->Pid(), SIGKILL), 0);
-        sinceKill.start();
-        // The first call waits out Aravis's transfer retries, no more.
-        long long value = 0;
-        QCOMPARE(width->GetValue(value), int(PkoErrorConnectionLost));
-        QVERIFY2(sinceKill.elapsed() < 8000, qPrintable(QString::number(sinceKill.elapsed())));
-        QVERIFY(m_Camera->IsConnectionLost());
+        // Gives the kernel time to take the process down.
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        // The first call to reach the dead camera waits out Aravis's transfer
+        // retries on the device thread; its caller does not.
+        QElapsedTimer firstCall;
+        firstCall.start();
+        long long value = 7;
+        QCOMPARE(width->GetValue(value), int(PkoErrorTimeout));
+        QVERIFY2(firstCall.elapsed() < 1000, qPrintable(QString::number(firstCall.elapsed())));
+        QCOMPARE(value, 7LL);
+        // While that call is stuck, the others fail at once.
+        QElapsedTimer stuck;
+        stuck.start();
+        QCOMPARE(width->SetValue(64LL), int(PkoErrorTimeout));
+        QVERIFY2(stuck.elapsed() < 100, qPrintable(QString::number(stuck.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
 
         // From now on everything fails at once.
         QElapsedTimer burst;
@@ -166,6 +175,66 @@ private slots:
         QVERIFY(!m_Camera->IsConnectionLost());
         QCOMPARE(width->GetValue(value), int(PkoErrorBadHandle));
         m_Camera = CameraPtr();
+    }
+
+    void shouldNotHoldACallerWhoseOwnCallIsTheFirstToReachADeadCamera()
+    {
+        // Nothing observed and no acquisition: no thread of the backend
+        // touches the camera, so the call below is the first to meet it dead.
+        const FeaturePtr height = Feature("Height");
+        QCOMPARE(::kill(m_Fake->Pid(), SIGKILL), 0);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        QVERIFY(!m_Camera->IsConnectionLost());
+
+        QElapsedTimer call;
+        call.start();
+        long long value = 7;
+        QCOMPARE(height->GetValue(value), int(PkoErrorTimeout));
+        QVERIFY2(call.elapsed() < 1000, qPrintable(QString::number(call.elapsed())));
+        QCOMPARE(value, 7LL);
+        // The call goes on without its caller until Aravis gives up on the
+        // camera, which is then known to be lost.
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
+        QCOMPARE(height->GetValue(value), int(PkoErrorConnectionLost));
+        QCOMPARE(value, 7LL);
+    }
+
+    void shouldDropAQueuedCallWhoseCallerGaveUpAndWorkAgainWhenTheCameraAnswers()
+    {
+        const FeaturePtr width = Feature("Width");
+        const FeaturePtr height = Feature("Height");
+        long long before = 0;
+        QCOMPARE(height->GetValue(before), int(PkoErrorSuccess));
+        const long long other = before == 128 ? 256 : 128;
+
+        // A camera that stops answering for a second, well within Aravis's
+        // retries, and then answers again.
+        QCOMPARE(::kill(m_Fake->Pid(), SIGSTOP), 0);
+        QElapsedTimer paused;
+        paused.start();
+        std::atomic<int> backgroundResult{PkoErrorSuccess};
+        std::thread background([&]() {
+            long long value = 0;
+            backgroundResult = width->GetValue(value);
+        });
+        Joiner joiner(background);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        // Queued behind the stuck read: given up before it ever started.
+        QCOMPARE(height->SetValue(other), int(PkoErrorTimeout));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1000) - std::chrono::milliseconds(paused.elapsed()));
+        QCOMPARE(::kill(m_Fake->Pid(), SIGCONT), 0);
+        background.join();
+        QCOMPARE(backgroundResult.load(), int(PkoErrorTimeout));
+
+        // Once the stuck read is answered, calls work again, and the write
+        // whose caller gave up never reached the camera.
+        long long after = 0;
+        QTRY_COMPARE_WITH_TIMEOUT(height->GetValue(after), int(PkoErrorSuccess), 8000);
+        QCOMPARE(after, before);
+        QVERIFY(!m_Camera->IsConnectionLost());
+        QCOMPARE(height->SetValue(other), int(PkoErrorSuccess));
+        QCOMPARE(height->GetValue(after), int(PkoErrorSuccess));
+        QCOMPARE(after, other);
     }
 
     void shouldNotMakeOtherThreadsWaitForACallStuckOnAKilledCamera()
@@ -199,9 +268,10 @@ private slots:
             QVERIFY2(call.elapsed() < 1000, qPrintable(QString::number(call.elapsed())));
         }
 
+        // The background thread gave up on its own call the same way.
         background.join();
-        QCOMPARE(backgroundResult.load(), int(PkoErrorConnectionLost));
-        QVERIFY(m_Camera->IsConnectionLost());
+        QCOMPARE(backgroundResult.load(), int(PkoErrorTimeout));
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
         for (int i = 0; i < 5; ++i) {
             long long value = 0;
             QCOMPARE(height->GetValue(value), int(PkoErrorConnectionLost));

@@ -12,12 +12,16 @@ namespace PkoAPI {
 //
 // General contract, for every operation below:
 // - Returns PkoErrorSuccess (0) or a negative PkoErrorCode; never throws.
-// - On failure no output parameter is changed and the camera is unchanged.
+// - On failure no output parameter is changed and the camera is unchanged
+//   (PkoErrorTimeout below says when a late request still takes effect).
 // - Every operation may be called from any thread.
-// - PkoErrorTimeout: the camera did not answer in time. Another call to the
-//   same camera is stuck waiting for it (it may be dying); the call gives up
-//   after a fraction of a second instead of waiting behind it. Once the stuck
-//   call returns, calls work again or fail with PkoErrorConnectionLost.
+// - PkoErrorTimeout: the camera did not answer in time (it may be dying).
+//   A call never waits more than a fraction of a second for a camera that
+//   stopped answering, whether its own request or another one is stuck: it
+//   gives up, and until the stuck request returns further calls give up at
+//   once. Then calls work again or fail with PkoErrorConnectionLost. A call
+//   that gave up after its request reached the camera may still take effect
+//   (observers hear of it then); one that gave up before never does.
 //
 // Text protocol (GetName, GetDisplayName, GetCategory, GetValue(char*, ...)):
 // call with buffer == nullptr to get the length of the text (without a

@@ -24,6 +24,8 @@ constexpr std::chrono::milliseconds kPollPeriod(200);
 constexpr std::chrono::milliseconds kGiveUpAfter(200);
 constexpr std::chrono::milliseconds kStuckAfter(400);
 constexpr std::chrono::milliseconds kLockSlice(25);
+// How long the device thread and its clients stay awake for each other.
+constexpr std::chrono::microseconds kSpin(500);
 constexpr unsigned int kStreamBuffers = 4;
 // Frames larger than this are not buffered (a misread payload size must not
 // take the machine's memory).
@@ -78,13 +80,19 @@ int ArvCameraImpl::GetName(std::string& name) const
 
 int ArvCameraImpl::Open()
 {
-    // Opening is the caller's own wait: no giving up here.
-    std::lock_guard<std::timed_mutex> lock(m_Mutex);
-    if (m_Open)
-        return PkoErrorSuccess;
-    m_CallSince.store(SteadyNow());
-    const int result = OpenLocked();
-    EndCallLocked();
+    int result = PkoErrorSuccess;
+    {
+        // Opening is the caller's own wait: no giving up here.
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
+        if (m_Open)
+            return PkoErrorSuccess;
+        m_CallSince.store(SteadyNow());
+        result = OpenLocked();
+        EndCallLocked();
+    }
+    // A camera whose threads could not all start is no use half open.
+    if (result != PkoErrorSuccess && IsOpen())
+        Close();
     return result;
 }
 
@@ -114,15 +122,21 @@ int ArvCameraImpl::OpenLocked()
         }
         auto notifier = std::make_shared<Notifier>();
 
-        m_Features = std::move(features);
-        m_FirstIndex = std::move(firstIndex);
+        {
+            std::lock_guard<std::mutex> state(m_StateMutex);
+            m_Features = std::move(features);
+            m_FirstIndex = std::move(firstIndex);
+        }
         m_Graph = std::move(graph);
         m_Signatures.assign(m_Features.size(), std::nullopt);
         m_Notifier = std::move(notifier);
     } catch (const std::exception&) {
         g_object_unref(device);
-        m_Features.clear();
-        m_FirstIndex.clear();
+        {
+            std::lock_guard<std::mutex> state(m_StateMutex);
+            m_Features.clear();
+            m_FirstIndex.clear();
+        }
         m_Graph.reset();
         return PkoErrorResources;
     }
@@ -168,6 +182,11 @@ int ArvCameraImpl::OpenLocked()
         QueueBuffersLocked(kStreamBuffers);
 
     try {
+        {
+            std::lock_guard<std::mutex> calls(m_CallsMutex);
+            m_Serving = true;
+        }
+        m_CallThread = std::thread(&ArvCameraImpl::ServeCalls, this);
         m_Poller = std::make_unique<ArvPoller>(kPollPeriod, [this] { PollObserved(); });
         if (m_Stream != nullptr) {
             m_Receiving = true;
@@ -175,7 +194,8 @@ int ArvCameraImpl::OpenLocked()
         }
     } catch (const std::system_error&) {
         m_Receiving = false;
-        // Close() cleans up what was started.
+        // Open() closes again, which ends what was started.
+        return PkoErrorResources;
     }
     return PkoErrorSuccess;
 }
@@ -183,6 +203,7 @@ int ArvCameraImpl::OpenLocked()
 int ArvCameraImpl::Close()
 {
     std::unique_ptr<ArvPoller> poller;
+    std::thread callThread;
     std::thread frameThread;
     std::shared_ptr<Notifier> notifier;
     std::vector<shared_ptr<ArvFeature>> features;
@@ -195,6 +216,12 @@ int ArvCameraImpl::Close()
         m_Open = false;
         ++m_Session;
         m_Receiving = false;
+        {
+            std::lock_guard<std::mutex> calls(m_CallsMutex);
+            m_Serving = false;
+        }
+        m_CallsWake.notify_all();
+        callThread = std::move(m_CallThread);
         poller = std::move(m_Poller);
         frameThread = std::move(m_FrameThread);
         notifier = std::move(m_Notifier);
@@ -203,7 +230,10 @@ int ArvCameraImpl::Close()
         m_FirstIndex.clear();
         m_Pending.clear();
     }
-    // The threads end outside the lock: they take it for each step.
+    // The threads end outside the lock: they take it for each step. Calls
+    // still queued fail with PkoErrorBadHandle, the session being over.
+    if (callThread.joinable())
+        callThread.join();
     poller.reset();
     if (frameThread.joinable())
         frameThread.join();
@@ -261,36 +291,35 @@ bool ArvCameraImpl::IsOpen() const
 
 int ArvCameraImpl::GetFeatures(std::vector<FeaturePtr>& features)
 {
-    return WithDevice([&]() -> int {
-        if (!m_Open)
-            return PkoErrorDeviceNotOpen;
-        if (m_Lost->load())
-            return PkoErrorConnectionLost;
-        try {
-            std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
-            features.swap(all);
-        } catch (const std::bad_alloc&) {
-            return PkoErrorResources;
-        }
-        return PkoErrorSuccess;
-    });
+    // The list is made at open: no need to wait for the device.
+    std::lock_guard<std::mutex> state(m_StateMutex);
+    if (!m_Open)
+        return PkoErrorDeviceNotOpen;
+    if (m_Lost->load())
+        return PkoErrorConnectionLost;
+    try {
+        std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
+        features.swap(all);
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
+    }
+    return PkoErrorSuccess;
 }
 
 int ArvCameraImpl::GetFeatureByName(const char* name, FeaturePtr& feature)
 {
     if (name == nullptr)
         return PkoErrorBadParameter;
-    return WithDevice([&]() -> int {
-        if (!m_Open)
-            return PkoErrorDeviceNotOpen;
-        if (m_Lost->load())
-            return PkoErrorConnectionLost;
-        const auto found = m_FirstIndex.find(name);
-        if (found == m_FirstIndex.end())
-            return PkoErrorNotFound;
-        feature = m_Features[found->second];
-        return PkoErrorSuccess;
-    });
+    std::lock_guard<std::mutex> state(m_StateMutex);
+    if (!m_Open)
+        return PkoErrorDeviceNotOpen;
+    if (m_Lost->load())
+        return PkoErrorConnectionLost;
+    const auto found = m_FirstIndex.find(name);
+    if (found == m_FirstIndex.end())
+        return PkoErrorNotFound;
+    feature = m_Features[found->second];
+    return PkoErrorSuccess;
 }
 
 int ArvCameraImpl::StartAcquisition()
@@ -343,24 +372,127 @@ int ArvCameraImpl::CheckSession(unsigned long long session) const
     return m_Open && session == m_Session ? PkoErrorSuccess : PkoErrorBadHandle;
 }
 
+int ArvCameraImpl::CheckReachable(unsigned long long session) const
+{
+    std::lock_guard<std::mutex> lock(m_StateMutex);
+    if (!m_Open || session != m_Session)
+        return PkoErrorBadHandle;
+    return m_Lost->load() ? PkoErrorConnectionLost : PkoErrorSuccess;
+}
+
+int ArvCameraImpl::Run(unsigned long long session, std::function<int(ArvCameraImpl&)> step)
+{
+    if (const int reachable = CheckReachable(session))
+        return reachable;
+    if (m_Stalled.load())
+        return PkoErrorTimeout;
+    auto call = std::make_shared<PendingCall>(session, std::move(step));
+    {
+        std::lock_guard<std::mutex> calls(m_CallsMutex);
+        if (!m_Serving)
+            return PkoErrorBadHandle;
+        m_Calls.push_back(call);
+        m_Queued.fetch_add(1, std::memory_order_release);
+    }
+    m_CallsWake.notify_one();
+    const auto waitingSince = std::chrono::steady_clock::now();
+    // Most calls are answered within a few tens of microseconds.
+    while (!call->ready.load(std::memory_order_acquire) && std::chrono::steady_clock::now() - waitingSince < kSpin)
+        std::this_thread::yield();
+    std::unique_lock<std::mutex> lock(call->mutex);
+    while (!call->finished.wait_for(lock, kLockSlice, [&call] { return call->done; })) {
+        if (GiveUp(waitingSince)) {
+            // Not started: it never will be. Started: it ends on its own.
+            call->abandoned = true;
+            return PkoErrorTimeout;
+        }
+    }
+    return call->result;
+}
+
+void ArvCameraImpl::ServeCalls()
+{
+    for (;;) {
+        std::shared_ptr<PendingCall> call;
+        {
+            // Clients make their calls one after another: catching the next
+            // one awake saves the thread two wake-ups per call.
+            const auto spinUntil = std::chrono::steady_clock::now() + kSpin;
+            while (m_Queued.load(std::memory_order_acquire) == 0 && std::chrono::steady_clock::now() < spinUntil)
+                std::this_thread::yield();
+            std::unique_lock<std::mutex> calls(m_CallsMutex);
+            m_CallsWake.wait(calls, [this] { return !m_Serving || !m_Calls.empty(); });
+            if (m_Calls.empty())
+                return;
+            call = std::move(m_Calls.front());
+            m_Calls.pop_front();
+            m_Queued.fetch_sub(1, std::memory_order_release);
+        }
+        int result = PkoErrorSuccess;
+        {
+            std::lock_guard<std::timed_mutex> device(m_Mutex);
+            {
+                // Decided with the device in hand, so that a call whose client
+                // gave up while it waited for the device never runs.
+                std::lock_guard<std::mutex> lock(call->mutex);
+                if (call->abandoned)
+                    continue;
+                call->started = true;
+            }
+            m_CallSince.store(SteadyNow());
+            if (!m_Open || call->session != m_Session) {
+                result = PkoErrorBadHandle;
+            } else if (m_Lost->load()) {
+                result = PkoErrorConnectionLost;
+            } else {
+                try {
+                    result = call->step(*this);
+                } catch (const std::exception&) {
+                    result = PkoErrorResources;
+                }
+                if (result == PkoErrorConnectionLost)
+                    m_Lost->store(true);
+                PostLocked();
+            }
+            EndCallLocked();
+        }
+        {
+            std::lock_guard<std::mutex> lock(call->mutex);
+            call->result = result;
+            call->done = true;
+            call->ready.store(true, std::memory_order_release);
+        }
+        call->finished.notify_all();
+    }
+}
+
+bool ArvCameraImpl::GiveUp(std::chrono::steady_clock::time_point waitingSince)
+{
+    if (m_Stalled.load())
+        return true;
+    if (std::chrono::steady_clock::now() - waitingSince < kGiveUpAfter)
+        return false;
+    const long long since = m_CallSince.load();
+    if (since == 0 || SteadyNow() - since < std::chrono::nanoseconds(kStuckAfter).count())
+        return false;
+    m_Stalled.store(true);
+    if (m_CallSince.load() == since)
+        return true;
+    // The stuck call ended meanwhile; its end may have missed the flag.
+    m_Stalled.store(false);
+    return false;
+}
+
 int ArvCameraImpl::LockDevice(std::unique_lock<std::timed_mutex>& lock)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const auto waitingSince = std::chrono::steady_clock::now();
     for (;;) {
         if (m_Stalled.load())
             return PkoErrorTimeout;
         if (lock.try_lock_for(kLockSlice))
             return PkoErrorSuccess;
-        if (std::chrono::steady_clock::now() - start < kGiveUpAfter)
-            continue;
-        const long long since = m_CallSince.load();
-        if (since == 0 || SteadyNow() - since < std::chrono::nanoseconds(kStuckAfter).count())
-            continue;
-        m_Stalled.store(true);
-        if (m_CallSince.load() == since)
+        if (GiveUp(waitingSince))
             return PkoErrorTimeout;
-        // The stuck call ended meanwhile; its end may have missed the flag.
-        m_Stalled.store(false);
     }
 }
 

@@ -10,12 +10,16 @@
 #include <arv.h>
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
-#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -26,20 +30,25 @@ class ArvPoller;
 
 // A camera that Aravis can open (GigE Vision, USB3 Vision, Aravis's fake
 // camera). While open it owns the Aravis device, a stream with a few
-// buffers and three threads: notifications, polling of observed features
-// for changes made by the camera (every 200 ms), and frame reception.
+// buffers and four threads: the device thread that makes the clients'
+// calls, notifications, polling of observed features for changes made by
+// the camera (every 200 ms), and frame reception.
 //
 // Aravis is not thread-safe: every call on the device, its node map and the
 // stream's control runs under m_Mutex, and a selector write and the access
 // it selects for run in one critical section. Observers are called on the
 // notification thread with no lock of the camera held.
 //
-// A camera that dies is found out by the first call, which waits out
-// Aravis's retries (seconds). Other callers do not queue behind such a stuck
-// call: they give up with PkoErrorTimeout, and until it returns every further
-// call fails at once the same way. The open state, the session and the lost
-// flag are also kept under m_StateMutex, which is never held across a call
-// to the camera, so that the state queries never wait for one.
+// A camera that dies is found out by the first call that reaches it, which
+// waits out Aravis's retries (seconds). Client calls therefore never reach
+// the camera on the client's thread: the device thread makes them while the
+// client waits, and the client stops waiting with PkoErrorTimeout when the
+// call holding the device is stuck; until that call returns every further
+// call fails at once the same way. So no client, the GUI thread included,
+// waits more than a fraction of a second for a dead camera. The open state,
+// the session, the lost flag and the feature list are also kept under
+// m_StateMutex, which is never held across a call to the camera, so that
+// state queries and feature lookups never wait for one.
 class ArvCameraImpl final : public Camera {
 public:
     // arvId is what Aravis opens (its device id or an address); the SDK id is
@@ -75,34 +84,36 @@ public:
     int GetLatestFrame(Frame& frame) override;
     bool IsConnectionLost() const override;
 
-    // Runs op() (or op(*this)) for a feature of session under the device
-    // lock: PkoErrorBadHandle when that session is over, PkoErrorConnectionLost
-    // at once after the camera stopped answering, else op's result; the
-    // changes it announced are then posted to observers.
-    // PkoErrorTimeout when another call is stuck on the camera.
-    template <class Op>
-    int Access(unsigned long long session, Op&& op)
+    // Runs op(*this, out) for a feature of session on the device thread,
+    // under the device lock, and copies out back to result when op
+    // succeeded: PkoErrorBadHandle when that session is over,
+    // PkoErrorConnectionLost at once after the camera stopped answering, else
+    // op's result; the changes it announced are then posted to observers.
+    // The caller waits for a camera that answers, however slowly, but not
+    // for one that stopped: PkoErrorTimeout once the device call in progress
+    // has been waiting for the camera too long (the call may still take
+    // effect later, and its observers hear of it then). op must not refer to
+    // the caller's stack: it may run after the caller gave up.
+    template <class Out, class Op>
+    int Access(unsigned long long session, Out& result, Op op)
     {
-        return WithDevice([&]() -> int {
-            if (!m_Open || session != m_Session)
-                return PkoErrorBadHandle;
-            if (m_Lost->load())
-                return PkoErrorConnectionLost;
-            int result = PkoErrorSuccess;
-            if constexpr (std::is_invocable_v<Op, ArvCameraImpl&>)
-                result = op(*this);
-            else
-                result = op();
-            if (result == PkoErrorConnectionLost)
-                m_Lost->store(true);
-            PostLocked();
-            return result;
-        });
+        try {
+            auto out = std::make_shared<Out>(result);
+            const int code = Run(session, [out, op](ArvCameraImpl& camera) { return op(camera, *out); });
+            if (code == PkoErrorSuccess)
+                result = std::move(*out);
+            return code;
+        } catch (const std::bad_alloc&) {
+            return PkoErrorResources;
+        }
     }
 
     // PkoErrorSuccess while session is the open one, lost or not, else
     // PkoErrorBadHandle. Lets clients unregister observers from a lost camera.
     int CheckSession(unsigned long long session) const;
+    // CheckSession, and PkoErrorConnectionLost once the camera was lost: for
+    // what a feature knows without asking the camera.
+    int CheckReachable(unsigned long long session) const;
 
     // A write of feature index succeeded: its observers and those of every
     // feature depending on it hear of it. Device lock held.
@@ -130,6 +141,31 @@ private:
     void EndCallLocked();
     static long long SteadyNow();
 
+    // One client call handed to the device thread.
+    struct PendingCall {
+        PendingCall(unsigned long long callSession, std::function<int(ArvCameraImpl&)> callStep)
+            : session(callSession), step(std::move(callStep))
+        {}
+        const unsigned long long session;
+        const std::function<int(ArvCameraImpl&)> step;
+        std::mutex mutex;
+        std::condition_variable finished;
+        bool started = false;
+        bool abandoned = false;
+        bool done = false;
+        // done, for waiters that do not take the mutex.
+        std::atomic<bool> ready{false};
+        int result = PkoErrorSuccess;
+    };
+    // Queues step for the device thread and waits for it as Access says.
+    int Run(unsigned long long session, std::function<int(ArvCameraImpl&)> step);
+    // The device thread: runs the queued calls one by one until stopped.
+    void ServeCalls();
+    // True when a waiter should stop waiting for the device: someone gave up
+    // already, or waitingSince is kGiveUpAfter ago and the call holding the
+    // device has been in it for kStuckAfter. Marks the device stalled.
+    bool GiveUp(std::chrono::steady_clock::time_point waitingSince);
+
     int OpenLocked();
     int RunCommandByName(const char* name);
     void PostLocked();
@@ -149,7 +185,7 @@ private:
     // Set by the first caller that gave up on a stuck call; cleared when
     // that call returns.
     std::atomic<bool> m_Stalled{false};
-    // Guards the next five for readers without m_Mutex; writers hold both.
+    // Guards the next seven for readers without m_Mutex; writers hold both.
     mutable std::mutex m_StateMutex;
     std::string m_Model;
     std::string m_Name;
@@ -159,11 +195,11 @@ private:
     // that timed out; shared with the signal handler, which may outlive a
     // session by a moment.
     std::shared_ptr<std::atomic<bool>> m_Lost;
+    std::vector<shared_ptr<ArvFeature>> m_Features;
+    std::unordered_map<std::string, int> m_FirstIndex;
     ::ArvDevice* m_Device = nullptr;
     ::ArvStream* m_Stream = nullptr;
     gulong m_LostHandler = 0;
-    std::vector<shared_ptr<ArvFeature>> m_Features;
-    std::unordered_map<std::string, int> m_FirstIndex;
     std::unique_ptr<ArvDependencyGraph> m_Graph;
     // What the poller saw last per feature; reset by writes, so that a
     // client's own write is announced once, by the write.
@@ -171,6 +207,14 @@ private:
     std::vector<int> m_Pending;
     std::shared_ptr<Notifier> m_Notifier;
     std::unique_ptr<ArvPoller> m_Poller;
+    // Client calls for the device thread; guarded by m_CallsMutex.
+    std::mutex m_CallsMutex;
+    std::condition_variable m_CallsWake;
+    std::deque<std::shared_ptr<PendingCall>> m_Calls;
+    // m_Calls.size(), for the device thread's look without the mutex.
+    std::atomic<std::size_t> m_Queued{0};
+    bool m_Serving = false;
+    std::thread m_CallThread;
     std::thread m_FrameThread;
     std::atomic<bool> m_Receiving{false};
 

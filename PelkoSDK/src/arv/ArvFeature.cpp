@@ -8,7 +8,9 @@
 
 #include <cfloat>
 #include <cmath>
-#include <cstring>
+#include <new>
+#include <string>
+#include <tuple>
 #include <utility>
 
 namespace ZMT::PkoAPI::Arv {
@@ -58,30 +60,47 @@ ArvFeature::ArvFeature(std::shared_ptr<ArvAnchor> anchor, unsigned long long ses
       m_EntryPointers(PointersTo(m_Info.entries))
 {}
 
-template <class Op>
-int ArvFeature::Call(Op&& op)
+template <class Out, class Op>
+int ArvFeature::Call(Out& out, Op op)
 {
-    return m_Anchor->With([&](ArvCameraImpl& camera) { return camera.Access(m_Session, op); });
+    return m_Anchor->With([&](ArvCameraImpl& camera) { return camera.Access(m_Session, out, std::move(op)); });
+}
+
+template <class Op>
+int ArvFeature::Call(Op op)
+{
+    struct Nothing {
+    } nothing;
+    return Call(nothing, [op](ArvCameraImpl& camera, Nothing&) { return op(camera); });
+}
+
+template <class Op>
+int ArvFeature::Describe(Op&& op)
+{
+    return m_Anchor->With([&](ArvCameraImpl& camera) {
+        const int reachable = camera.CheckReachable(m_Session);
+        return reachable != PkoErrorSuccess ? reachable : op();
+    });
 }
 
 int ArvFeature::GetName(char* name, unsigned int& length)
 {
-    return Call([&]() -> int { return CopyText(m_Info.name, name, length); });
+    return Describe([&]() -> int { return CopyText(m_Info.name, name, length); });
 }
 
 int ArvFeature::GetDisplayName(char* displayName, unsigned int& length)
 {
-    return Call([&]() -> int { return CopyText(m_Info.displayName, displayName, length); });
+    return Describe([&]() -> int { return CopyText(m_Info.displayName, displayName, length); });
 }
 
 int ArvFeature::GetCategory(char* category, unsigned int& length)
 {
-    return Call([&]() -> int { return CopyText(m_Info.category, category, length); });
+    return Describe([&]() -> int { return CopyText(m_Info.category, category, length); });
 }
 
 int ArvFeature::GetDataType(PkoFeatureDataType& dataType)
 {
-    return Call([&]() -> int {
+    return Describe([&]() -> int {
         dataType = m_Info.type;
         return PkoErrorSuccess;
     });
@@ -89,42 +108,42 @@ int ArvFeature::GetDataType(PkoFeatureDataType& dataType)
 
 int ArvFeature::GetValue(long long& value)
 {
-    return Call([&]() -> int {
+    return Call(value, [this](ArvCameraImpl&, long long& out) -> int {
         if (m_Info.type != PkoFeatureDataInt)
             return PkoErrorWrongType;
         ArvScopedError error;
         const gint64 read = arv_gc_integer_get_value(ARV_GC_INTEGER(m_Info.node), error.Out());
         if (error)
             return CodeOf(error);
-        value = read;
+        out = read;
         return PkoErrorSuccess;
     });
 }
 
 int ArvFeature::GetValue(double& value)
 {
-    return Call([&]() -> int {
+    return Call(value, [this](ArvCameraImpl&, double& out) -> int {
         if (m_Info.type != PkoFeatureDataFloat)
             return PkoErrorWrongType;
         ArvScopedError error;
         const double read = arv_gc_float_get_value(ARV_GC_FLOAT(m_Info.node), error.Out());
         if (error)
             return CodeOf(error);
-        value = read;
+        out = read;
         return PkoErrorSuccess;
     });
 }
 
 int ArvFeature::GetValue(bool& value)
 {
-    return Call([&]() -> int {
+    return Call(value, [this](ArvCameraImpl&, bool& out) -> int {
         if (m_Info.type != PkoFeatureDataBool)
             return PkoErrorWrongType;
         ArvScopedError error;
         const gboolean read = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(m_Info.node), error.Out());
         if (error)
             return CodeOf(error);
-        value = read != FALSE;
+        out = read != FALSE;
         return PkoErrorSuccess;
     });
 }
@@ -147,16 +166,14 @@ int ArvFeature::ReadTextLocked(std::string& text)
 
 int ArvFeature::GetValue(char* value, unsigned int& length)
 {
-    return Call([&]() -> int {
-        std::string text;
-        const int result = ReadTextLocked(text);
-        return result != PkoErrorSuccess ? result : CopyText(text, value, length);
-    });
+    std::string text;
+    const int result = Call(text, [this](ArvCameraImpl&, std::string& out) -> int { return ReadTextLocked(out); });
+    return result != PkoErrorSuccess ? result : CopyText(text, value, length);
 }
 
 int ArvFeature::SetValue(const long long& value)
 {
-    return Call([&](ArvCameraImpl& camera) -> int {
+    return Call([this, value](ArvCameraImpl& camera) -> int {
         if (m_Info.type != PkoFeatureDataInt)
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
@@ -191,7 +208,7 @@ int ArvFeature::SetValue(const long long& value)
 
 int ArvFeature::SetValue(const double& value)
 {
-    return Call([&](ArvCameraImpl& camera) -> int {
+    return Call([this, value](ArvCameraImpl& camera) -> int {
         if (m_Info.type != PkoFeatureDataFloat)
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
@@ -224,7 +241,7 @@ int ArvFeature::SetValue(const double& value)
 
 int ArvFeature::SetValue(bool value)
 {
-    return Call([&](ArvCameraImpl& camera) -> int {
+    return Call([this, value](ArvCameraImpl& camera) -> int {
         if (m_Info.type != PkoFeatureDataBool)
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
@@ -240,9 +257,15 @@ int ArvFeature::SetValue(bool value)
 
 int ArvFeature::SetValue(const char* value)
 {
-    return Call([&](ArvCameraImpl& camera) -> int {
-        if (value == nullptr)
-            return PkoErrorBadParameter;
+    if (value == nullptr)
+        return PkoErrorBadParameter;
+    std::string text;
+    try {
+        text = value;
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
+    }
+    return Call([this, value = std::move(text)](ArvCameraImpl& camera) -> int {
         if (m_Info.type != PkoFeatureDataEnum && m_Info.type != PkoFeatureDataString)
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
@@ -259,14 +282,14 @@ int ArvFeature::SetValue(const char* value)
                 return result;
             if (!available)
                 return PkoErrorInvalidValue;
-            arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(m_Info.node), value, error.Out());
+            arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(m_Info.node), value.c_str(), error.Out());
         } else {
             auto* text = ARV_GC_STRING(m_Info.node);
             ArvScopedError lengthError;
             const gint64 maxLength = arv_gc_string_get_max_length(text, lengthError.Out());
-            if (!lengthError && maxLength > 0 && static_cast<gint64>(std::strlen(value)) > maxLength)
+            if (!lengthError && maxLength > 0 && static_cast<gint64>(value.size()) > maxLength)
                 return PkoErrorInvalidValue;
-            arv_gc_string_set_value(text, value, error.Out());
+            arv_gc_string_set_value(text, value.c_str(), error.Out());
         }
         if (error)
             return CodeOf(error);
@@ -277,7 +300,8 @@ int ArvFeature::SetValue(const char* value)
 
 int ArvFeature::GetRange(long long& minimum, long long& maximum)
 {
-    return Call([&]() -> int {
+    std::pair<long long, long long> range(minimum, maximum);
+    const int result = Call(range, [this](ArvCameraImpl&, std::pair<long long, long long>& out) -> int {
         if (m_Info.type != PkoFeatureDataInt)
             return PkoErrorWrongType;
         auto* integer = ARV_GC_INTEGER(m_Info.node);
@@ -289,15 +313,18 @@ int ArvFeature::GetRange(long long& minimum, long long& maximum)
         const gint64 high = arv_gc_integer_get_max(integer, maxError.Out());
         if (maxError)
             return CodeOf(maxError);
-        minimum = low;
-        maximum = high;
+        out = {low, high};
         return PkoErrorSuccess;
     });
+    if (result == PkoErrorSuccess)
+        std::tie(minimum, maximum) = range;
+    return result;
 }
 
 int ArvFeature::GetRange(double& minimum, double& maximum)
 {
-    return Call([&]() -> int {
+    std::pair<double, double> range(minimum, maximum);
+    const int result = Call(range, [this](ArvCameraImpl&, std::pair<double, double>& out) -> int {
         if (m_Info.type != PkoFeatureDataFloat)
             return PkoErrorWrongType;
         auto* number = ARV_GC_FLOAT(m_Info.node);
@@ -309,43 +336,46 @@ int ArvFeature::GetRange(double& minimum, double& maximum)
         const double high = arv_gc_float_get_max(number, maxError.Out());
         if (maxError)
             return CodeOf(maxError);
-        minimum = low;
-        maximum = high;
+        out = {low, high};
         return PkoErrorSuccess;
     });
+    if (result == PkoErrorSuccess)
+        std::tie(minimum, maximum) = range;
+    return result;
 }
 
 int ArvFeature::GetIncrement(long long& increment)
 {
-    return Call([&]() -> int {
+    return Call(increment, [this](ArvCameraImpl&, long long& out) -> int {
         if (m_Info.type != PkoFeatureDataInt)
             return PkoErrorWrongType;
         ArvScopedError error;
         const gint64 read = arv_gc_integer_get_inc(ARV_GC_INTEGER(m_Info.node), error.Out());
         if (error)
             return CodeOf(error);
-        increment = read;
+        out = read;
         return PkoErrorSuccess;
     });
 }
 
 int ArvFeature::GetIncrement(double& increment)
 {
-    return Call([&]() -> int {
+    return Call(increment, [this](ArvCameraImpl&, double& out) -> int {
         if (m_Info.type != PkoFeatureDataFloat)
             return PkoErrorWrongType;
         ArvScopedError error;
         const double read = arv_gc_float_get_inc(ARV_GC_FLOAT(m_Info.node), error.Out());
         if (error)
             return CodeOf(error);
-        increment = HasFloatIncrement(read) ? read : 0.0;
+        out = HasFloatIncrement(read) ? read : 0.0;
         return PkoErrorSuccess;
     });
 }
 
 int ArvFeature::GetValues(const char** entries, unsigned int& count)
 {
-    return Call([&]() -> int {
+    // The entries are known from the description: no need to ask the camera.
+    return Describe([&]() -> int {
         if (m_Info.type != PkoFeatureDataEnum)
             return PkoErrorWrongType;
         const auto size = static_cast<unsigned int>(m_EntryPointers.size());
@@ -379,16 +409,17 @@ int ArvFeature::EntryAvailableLocked(std::size_t entry, bool& available)
 
 int ArvFeature::IsValueAvailable(const char* entry, bool& available)
 {
-    return Call([&]() -> int {
-        if (entry == nullptr)
-            return PkoErrorBadParameter;
+    if (entry == nullptr)
+        return PkoErrorBadParameter;
+    std::size_t index = 0;
+    while (index < m_Info.entries.size() && m_Info.entries[index] != entry)
+        ++index;
+    return Call(available, [this, index](ArvCameraImpl&, bool& out) -> int {
         if (m_Info.type != PkoFeatureDataEnum)
             return PkoErrorWrongType;
-        for (std::size_t i = 0; i < m_Info.entries.size(); ++i) {
-            if (m_Info.entries[i] == entry)
-                return EntryAvailableLocked(i, available);
-        }
-        return PkoErrorNotFound;
+        if (index == m_Info.entries.size())
+            return PkoErrorNotFound;
+        return EntryAvailableLocked(index, out);
     });
 }
 
@@ -429,12 +460,12 @@ int ArvFeature::RequireWritableLocked()
 
 int ArvFeature::IsWritable(bool& writable)
 {
-    return Call([&]() -> int { return WritableLocked(writable); });
+    return Call(writable, [this](ArvCameraImpl&, bool& out) -> int { return WritableLocked(out); });
 }
 
 int ArvFeature::RunCommand()
 {
-    return Call([&](ArvCameraImpl& camera) -> int {
+    return Call([this](ArvCameraImpl& camera) -> int {
         if (m_Info.type != PkoFeatureDataCommand)
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
@@ -499,10 +530,10 @@ std::string ArvFeature::SignatureLocked(int& errorCode)
 
 int ArvFeature::CheckObserverOperation(bool registering)
 {
-    if (registering)
-        return Call([]() -> int { return PkoErrorSuccess; });
-    // Unregistering touches no camera: it works on a lost camera too.
-    return m_Anchor->With([&](ArvCameraImpl& camera) { return camera.CheckSession(m_Session); });
+    // Neither touches the camera; unregistering works on a lost camera too.
+    return m_Anchor->With([&](ArvCameraImpl& camera) {
+        return registering ? camera.CheckReachable(m_Session) : camera.CheckSession(m_Session);
+    });
 }
 
 }  // namespace ZMT::PkoAPI::Arv

@@ -15,7 +15,8 @@ typedef DeviceAnchor<ArvCameraImpl> ArvAnchor;
 
 // One feature of an Aravis camera, valid for the open session it was made
 // in (after Close every operation fails with PkoErrorBadHandle). Every
-// operation runs on the camera under its device lock; the checks Aravis
+// operation that reaches the camera runs on its device thread under its
+// device lock; the checks Aravis
 // leaves out (writability, increments, locks, entry availability) are made
 // here before a write reaches the camera.
 class ArvFeature final : public FeatureBase {
@@ -56,8 +57,18 @@ protected:
     int CheckObserverOperation(bool registering) override;
 
 private:
+    // Runs op(camera, out) on the camera's device thread (see
+    // ArvCameraImpl::Access); out is copied to result on success. op holds
+    // what it needs by value: it may run after the caller gave up.
+    template <class Out, class Op>
+    int Call(Out& result, Op op);
+    // The same for an op(camera) without output.
     template <class Op>
-    int Call(Op&& op);
+    int Call(Op op);
+    // op() after the session and reachability checks, for what the
+    // description already tells; never waits for the camera.
+    template <class Op>
+    int Describe(Op&& op);
     // The writability rule, device lock held.
     int WritableLocked(bool& writable);
     // PkoErrorInvalidAccess unless writable now.
