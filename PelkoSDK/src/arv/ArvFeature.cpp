@@ -83,6 +83,44 @@ int ArvFeature::Describe(Op&& op)
     });
 }
 
+template <class Out, class Read>
+int ArvFeature::ReadOne(Out& result, PkoFeatureDataType type, Read read)
+{
+    return Call(result, [this, type, read](ArvCameraImpl&, Out& out) -> int {
+        if (m_Info.type != type)
+            return PkoErrorWrongType;
+        ArvScopedError error;
+        const Out value = read(error.Out());
+        if (error)
+            return CodeOf(error);
+        out = value;
+        return PkoErrorSuccess;
+    });
+}
+
+template <class Out, class ReadMin, class ReadMax>
+int ArvFeature::ReadRange(Out& minimum, Out& maximum, PkoFeatureDataType type, ReadMin readMin, ReadMax readMax)
+{
+    std::pair<Out, Out> range(minimum, maximum);
+    const int result = Call(range, [this, type, readMin, readMax](ArvCameraImpl&, std::pair<Out, Out>& out) -> int {
+        if (m_Info.type != type)
+            return PkoErrorWrongType;
+        ArvScopedError minError;
+        const Out low = readMin(minError.Out());
+        if (minError)
+            return CodeOf(minError);
+        ArvScopedError maxError;
+        const Out high = readMax(maxError.Out());
+        if (maxError)
+            return CodeOf(maxError);
+        out = {low, high};
+        return PkoErrorSuccess;
+    });
+    if (result == PkoErrorSuccess)
+        std::tie(minimum, maximum) = range;
+    return result;
+}
+
 int ArvFeature::GetName(char* name, unsigned int& length)
 {
     return Describe([&]() -> int { return CopyText(m_Info.name, name, length); });
@@ -108,44 +146,23 @@ int ArvFeature::GetDataType(PkoFeatureDataType& dataType)
 
 int ArvFeature::GetValue(long long& value)
 {
-    return Call(value, [this](ArvCameraImpl&, long long& out) -> int {
-        if (m_Info.type != PkoFeatureDataInt)
-            return PkoErrorWrongType;
-        ArvScopedError error;
-        const gint64 read = arv_gc_integer_get_value(ARV_GC_INTEGER(m_Info.node), error.Out());
-        if (error)
-            return CodeOf(error);
-        out = read;
-        return PkoErrorSuccess;
-    });
+    ::ArvGcNode* node = m_Info.node;
+    return ReadOne(value, PkoFeatureDataInt,
+                   [node](GError** error) { return arv_gc_integer_get_value(ARV_GC_INTEGER(node), error); });
 }
 
 int ArvFeature::GetValue(double& value)
 {
-    return Call(value, [this](ArvCameraImpl&, double& out) -> int {
-        if (m_Info.type != PkoFeatureDataFloat)
-            return PkoErrorWrongType;
-        ArvScopedError error;
-        const double read = arv_gc_float_get_value(ARV_GC_FLOAT(m_Info.node), error.Out());
-        if (error)
-            return CodeOf(error);
-        out = read;
-        return PkoErrorSuccess;
-    });
+    ::ArvGcNode* node = m_Info.node;
+    return ReadOne(value, PkoFeatureDataFloat,
+                   [node](GError** error) { return arv_gc_float_get_value(ARV_GC_FLOAT(node), error); });
 }
 
 int ArvFeature::GetValue(bool& value)
 {
-    return Call(value, [this](ArvCameraImpl&, bool& out) -> int {
-        if (m_Info.type != PkoFeatureDataBool)
-            return PkoErrorWrongType;
-        ArvScopedError error;
-        const gboolean read = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(m_Info.node), error.Out());
-        if (error)
-            return CodeOf(error);
-        out = read != FALSE;
-        return PkoErrorSuccess;
-    });
+    ::ArvGcNode* node = m_Info.node;
+    return ReadOne(value, PkoFeatureDataBool,
+                   [node](GError** error) { return arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), error) != FALSE; });
 }
 
 int ArvFeature::ReadTextLocked(std::string& text)
@@ -300,75 +317,35 @@ int ArvFeature::SetValue(const char* value)
 
 int ArvFeature::GetRange(long long& minimum, long long& maximum)
 {
-    std::pair<long long, long long> range(minimum, maximum);
-    const int result = Call(range, [this](ArvCameraImpl&, std::pair<long long, long long>& out) -> int {
-        if (m_Info.type != PkoFeatureDataInt)
-            return PkoErrorWrongType;
-        auto* integer = ARV_GC_INTEGER(m_Info.node);
-        ArvScopedError minError;
-        const gint64 low = arv_gc_integer_get_min(integer, minError.Out());
-        if (minError)
-            return CodeOf(minError);
-        ArvScopedError maxError;
-        const gint64 high = arv_gc_integer_get_max(integer, maxError.Out());
-        if (maxError)
-            return CodeOf(maxError);
-        out = {low, high};
-        return PkoErrorSuccess;
-    });
-    if (result == PkoErrorSuccess)
-        std::tie(minimum, maximum) = range;
-    return result;
+    ::ArvGcNode* node = m_Info.node;
+    return ReadRange(
+        minimum, maximum, PkoFeatureDataInt,
+        [node](GError** error) { return arv_gc_integer_get_min(ARV_GC_INTEGER(node), error); },
+        [node](GError** error) { return arv_gc_integer_get_max(ARV_GC_INTEGER(node), error); });
 }
 
 int ArvFeature::GetRange(double& minimum, double& maximum)
 {
-    std::pair<double, double> range(minimum, maximum);
-    const int result = Call(range, [this](ArvCameraImpl&, std::pair<double, double>& out) -> int {
-        if (m_Info.type != PkoFeatureDataFloat)
-            return PkoErrorWrongType;
-        auto* number = ARV_GC_FLOAT(m_Info.node);
-        ArvScopedError minError;
-        const double low = arv_gc_float_get_min(number, minError.Out());
-        if (minError)
-            return CodeOf(minError);
-        ArvScopedError maxError;
-        const double high = arv_gc_float_get_max(number, maxError.Out());
-        if (maxError)
-            return CodeOf(maxError);
-        out = {low, high};
-        return PkoErrorSuccess;
-    });
-    if (result == PkoErrorSuccess)
-        std::tie(minimum, maximum) = range;
-    return result;
+    ::ArvGcNode* node = m_Info.node;
+    return ReadRange(
+        minimum, maximum, PkoFeatureDataFloat,
+        [node](GError** error) { return arv_gc_float_get_min(ARV_GC_FLOAT(node), error); },
+        [node](GError** error) { return arv_gc_float_get_max(ARV_GC_FLOAT(node), error); });
 }
 
 int ArvFeature::GetIncrement(long long& increment)
 {
-    return Call(increment, [this](ArvCameraImpl&, long long& out) -> int {
-        if (m_Info.type != PkoFeatureDataInt)
-            return PkoErrorWrongType;
-        ArvScopedError error;
-        const gint64 read = arv_gc_integer_get_inc(ARV_GC_INTEGER(m_Info.node), error.Out());
-        if (error)
-            return CodeOf(error);
-        out = read;
-        return PkoErrorSuccess;
-    });
+    ::ArvGcNode* node = m_Info.node;
+    return ReadOne(increment, PkoFeatureDataInt,
+                   [node](GError** error) { return arv_gc_integer_get_inc(ARV_GC_INTEGER(node), error); });
 }
 
 int ArvFeature::GetIncrement(double& increment)
 {
-    return Call(increment, [this](ArvCameraImpl&, double& out) -> int {
-        if (m_Info.type != PkoFeatureDataFloat)
-            return PkoErrorWrongType;
-        ArvScopedError error;
-        const double read = arv_gc_float_get_inc(ARV_GC_FLOAT(m_Info.node), error.Out());
-        if (error)
-            return CodeOf(error);
-        out = HasFloatIncrement(read) ? read : 0.0;
-        return PkoErrorSuccess;
+    ::ArvGcNode* node = m_Info.node;
+    return ReadOne(increment, PkoFeatureDataFloat, [node](GError** error) {
+        const double read = arv_gc_float_get_inc(ARV_GC_FLOAT(node), error);
+        return HasFloatIncrement(read) ? read : 0.0;
     });
 }
 

@@ -65,6 +65,13 @@ private:
     // The same for an op(camera) without output.
     template <class Op>
     int Call(Op op);
+    // The value read(error) gets from the camera, for a feature of type;
+    // PkoErrorWrongType for any other.
+    template <class Out, class Read>
+    int ReadOne(Out& result, PkoFeatureDataType type, Read read);
+    // The same for the two bounds of a range.
+    template <class Out, class ReadMin, class ReadMax>
+    int ReadRange(Out& minimum, Out& maximum, PkoFeatureDataType type, ReadMin readMin, ReadMax readMax);
     // op() after the session and reachability checks, for what the
     // description already tells; never waits for the camera.
     template <class Op>
