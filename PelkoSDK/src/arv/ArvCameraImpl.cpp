@@ -397,10 +397,10 @@ int ArvCameraImpl::Run(unsigned long long session, std::function<int(ArvCameraIm
     m_CallsWake.notify_one();
     const auto waitingSince = std::chrono::steady_clock::now();
     // Most calls are answered within a few tens of microseconds.
-    while (!call->ready.load(std::memory_order_acquire) && std::chrono::steady_clock::now() - waitingSince < kSpin)
+    while (!call->done.load() && std::chrono::steady_clock::now() - waitingSince < kSpin)
         std::this_thread::yield();
     std::unique_lock<std::mutex> lock(call->mutex);
-    while (!call->finished.wait_for(lock, kLockSlice, [&call] { return call->done; })) {
+    while (!call->finished.wait_for(lock, kLockSlice, [&call] { return call->done.load(); })) {
         if (GiveUp(waitingSince)) {
             // Not started: it never will be. Started: it ends on its own.
             call->abandoned = true;
@@ -437,7 +437,6 @@ void ArvCameraImpl::ServeCalls()
                 std::lock_guard<std::mutex> lock(call->mutex);
                 if (call->abandoned)
                     continue;
-                call->started = true;
             }
             m_CallSince.store(SteadyNow());
             if (!m_Open || call->session != m_Session) {
@@ -459,8 +458,7 @@ void ArvCameraImpl::ServeCalls()
         {
             std::lock_guard<std::mutex> lock(call->mutex);
             call->result = result;
-            call->done = true;
-            call->ready.store(true, std::memory_order_release);
+            call->done.store(true);
         }
         call->finished.notify_all();
     }

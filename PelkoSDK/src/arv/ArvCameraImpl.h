@@ -150,11 +150,9 @@ private:
         const std::function<int(ArvCameraImpl&)> step;
         std::mutex mutex;
         std::condition_variable finished;
-        bool started = false;
+        // Both under mutex; done is also read without it while waiting.
         bool abandoned = false;
-        bool done = false;
-        // done, for waiters that do not take the mutex.
-        std::atomic<bool> ready{false};
+        std::atomic<bool> done{false};
         int result = PkoErrorSuccess;
     };
     // Queues step for the device thread and waits for it as Access says.
