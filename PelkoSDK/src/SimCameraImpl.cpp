@@ -1,7 +1,7 @@
 #include "SimCameraImpl.h"
 
+#include "FeatureList.h"
 #include "SimFeature.h"
-
 #include "ValueText.h"
 
 #include <algorithm>
@@ -105,13 +105,7 @@ int SimCameraImpl::GetFeatures(std::vector<FeaturePtr>& features)
     std::lock_guard<std::mutex> lock(m_Mutex);
     if (!m_Open)
         return PkoErrorDeviceNotOpen;
-    try {
-        std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
-        features.swap(all);
-    } catch (const std::bad_alloc&) {
-        return PkoErrorResources;
-    }
-    return PkoErrorSuccess;
+    return CopyFeatureList(m_Features, features);
 }
 
 int SimCameraImpl::GetFeatureByName(const char* name, FeaturePtr& feature)

@@ -1,5 +1,7 @@
 #include "ArvCameraImpl.h"
 
+#include "../FeatureList.h"
+
 #include "ArvDiscovery.h"
 #include "ArvErrors.h"
 #include "ArvFeature.h"
@@ -297,13 +299,7 @@ int ArvCameraImpl::GetFeatures(std::vector<FeaturePtr>& features)
         return PkoErrorDeviceNotOpen;
     if (m_Lost->load())
         return PkoErrorConnectionLost;
-    try {
-        std::vector<FeaturePtr> all(m_Features.begin(), m_Features.end());
-        features.swap(all);
-    } catch (const std::bad_alloc&) {
-        return PkoErrorResources;
-    }
-    return PkoErrorSuccess;
+    return CopyFeatureList(m_Features, features);
 }
 
 int ArvCameraImpl::GetFeatureByName(const char* name, FeaturePtr& feature)
