@@ -4,11 +4,14 @@
 #include <PkoAPI/Camera.h>
 #include <PkoAPI/PkoCommonTypes.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace ZMT {
 namespace PkoAPI {
+
+class CameraProvider;
 
 // Entry point of the SDK: the list of cameras the machine can reach.
 // The simulated models are always present. Each ID maps to one Camera object
@@ -29,9 +32,11 @@ public:
 
 private:
     PkoSystem();
+    ~PkoSystem();
     PkoSystem(const PkoSystem&) = delete;
     PkoSystem& operator=(const PkoSystem&) = delete;
-    std::vector<CameraPtr> m_Cameras;
+    // One per backend; fixed after construction.
+    std::vector<std::unique_ptr<CameraProvider>> m_Providers;
 };
 
 }  // namespace PkoAPI

@@ -1,6 +1,6 @@
 #include "ArvCameraImpl.h"
 
-#include "../FeatureList.h"
+#include "FeatureList.h"
 
 #include "ArvDiscovery.h"
 #include "ArvErrors.h"

@@ -1,9 +1,9 @@
 #ifndef PKOAPI_SRC_ARV_ARVCAMERAIMPL_H
 #define PKOAPI_SRC_ARV_ARVCAMERAIMPL_H
 
-#include "../DeviceAnchor.h"
-#include "../Notifier.h"
 #include "ArvDependencyGraph.h"
+#include "DeviceAnchor.h"
+#include "Notifier.h"
 
 #include <PkoAPI/Camera.h>
 

@@ -1,6 +1,6 @@
 #include "ArvFeature.h"
 
-#include "../TextProtocol.h"
+#include "TextProtocol.h"
 
 #include "ArvCameraImpl.h"
 #include "ArvErrors.h"

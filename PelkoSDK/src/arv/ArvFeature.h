@@ -1,9 +1,9 @@
 #ifndef PKOAPI_SRC_ARV_ARVFEATURE_H
 #define PKOAPI_SRC_ARV_ARVFEATURE_H
 
-#include "../DeviceAnchor.h"
-#include "../FeatureBase.h"
 #include "ArvNodeInfo.h"
+#include "DeviceAnchor.h"
+#include "FeatureBase.h"
 
 #include <memory>
 #include <string>
