@@ -75,6 +75,46 @@ inline bool DeliverNotifications(const SimCameraPtr& camera, int timeoutMs = 300
     return delivered;
 }
 
+// One value of a feature, written "Feature=value" or, at an entry of the
+// feature's selector, "Feature[entry]=value".
+struct FeatureValue {
+    std::string feature;
+    std::string entry;  // "": the feature has no selector
+    std::string value;
+};
+
+// The text split in its three parts. Cannot fail: a text without "=" is a
+// feature with an empty value.
+inline FeatureValue ParseFeatureValue(const QString& text)
+{
+    const int equals = text.indexOf('=');
+    QString name = equals < 0 ? text : text.left(equals);
+    const QString value = equals < 0 ? QString() : text.mid(equals + 1);
+    QString entry;
+    const int bracket = name.indexOf('[');
+    if (bracket >= 0) {
+        entry = name.mid(bracket + 1, name.size() - bracket - 2);
+        name = name.left(bracket);
+    }
+    return FeatureValue{name.toStdString(), entry.toStdString(), value.toStdString()};
+}
+
+// A change made by the camera itself, written as for ParseFeatureValue.
+// Returns the SDK's code.
+inline int ChangeFromCamera(const SimCameraPtr& camera, const QString& change)
+{
+    const FeatureValue parsed = ParseFeatureValue(change);
+    return camera->ChangeFromCamera(parsed.feature, parsed.value, parsed.entry);
+}
+
+// "Feature=value" or "Feature[entry]=value" with the value the camera holds
+// now, for comparing with what a test expects it to hold. Cannot fail.
+inline QString HeldValue(const SimCameraPtr& camera, const QString& expected)
+{
+    const FeatureValue parsed = ParseFeatureValue(expected);
+    return expected.section('=', 0, 0) + "=" + QString::fromStdString(camera->ValueText(parsed.feature, parsed.entry));
+}
+
 // The selectors that a tab's round trips write and restore, in this order.
 inline const QStringList& SelectorNames()
 {

@@ -31,10 +31,12 @@
 
 namespace OutputTest {
 
+using TestSupport::ChangeFromCamera;
 using TestSupport::ChooseWithKeys;
 using TestSupport::FeatureList;
 using TestSupport::FeaturePtr;
 using TestSupport::FeaturesOf;
+using TestSupport::HeldValue;
 using TestSupport::ItemTexts;
 using TestSupport::JournalEntry;
 using TestSupport::MessageCapture;
@@ -48,6 +50,18 @@ inline void AddLineModels()
     QTest::addColumn<QString>("model");
     QTest::newRow("line routing") << "SIM-LINE-ROUTING";
     QTest::newRow("line sfnc") << "SIM-LINE-SFNC";
+}
+
+// The generation-2 and -3 models, as the "model" column of a data table,
+// with the prefix of their output features ("SyncOut", "LineOut").
+inline void AddMaskModels()
+{
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QString>("prefix");
+    QTest::newRow("sync out") << "SIM-SYNCOUT"
+                              << "SyncOut";
+    QTest::newRow("line out") << "SIM-LINEOUT"
+                              << "LineOut";
 }
 
 // A generation-1 model, open, with "Line3" driven by source; null when the

@@ -32,6 +32,7 @@
 
 namespace SyncTest {
 
+using TestSupport::ChangeFromCamera;
 using TestSupport::DeliverNotifications;
 using TestSupport::FeatureList;
 using TestSupport::FeaturePtr;
@@ -92,22 +93,6 @@ inline int WriteFromViewer(const SimCameraPtr& camera, const std::string& name, 
     int result = ZMT::PkoAPI::PkoErrorInternal;
     RunAsViewer([&] { result = WriteThroughSdk(camera, name, valueText); });
     return result;
-}
-
-// A change made by the camera itself, written "Feature=value" or
-// "Feature[selector entry]=value". Returns the SDK's code.
-inline int ChangeFromCamera(const SimCameraPtr& camera, const QString& change)
-{
-    const int equals = change.indexOf('=');
-    QString name = change.left(equals);
-    const QString value = change.mid(equals + 1);
-    QString entry;
-    const int bracket = name.indexOf('[');
-    if (bracket >= 0) {
-        entry = name.mid(bracket + 1, name.size() - bracket - 2);
-        name = name.left(bracket);
-    }
-    return camera->ChangeFromCamera(name.toStdString(), value.toStdString(), entry.toStdString());
 }
 
 // "Feature=value" of each write of that writer, oldest first (refused ones

@@ -61,6 +61,14 @@ bool WaitForQuietTick(const SyncProbeWidget& tab)
     return false;
 }
 
+// Shows the page that holds the tab and waits for the tab to catch up with
+// the camera; false when the page never appeared or the tab never settled.
+bool ShowAndSettle(QWidget& page, const SyncProbeWidget& tab)
+{
+    page.show();
+    return QTest::qWaitForWindowExposed(&page) && WaitForQuietTick(tab);
+}
+
 // How many hand-overs held name, and how often the name was in the fullest one.
 int HandOversHolding(const SyncProbeWidget& tab, const QString& name, int* mostInOne = nullptr)
 {
@@ -101,9 +109,7 @@ void TestEndToEnd::shouldShowAChangeMadeByTheViewerWithinOneAndAHalfSeconds()
     QComboBox* source = tab->findChild<QComboBox*>("combo_TriggerSource");
     QPushButton* swTrigger = tab->findChild<QPushButton*>("pb_SWTrigger");
     QVERIFY(source != nullptr && swTrigger != nullptr);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     QCOMPARE(source->currentText(), QString("Line0"));
     QVERIFY(!swTrigger->isEnabled());
     camera->ClearJournal();
@@ -127,9 +133,7 @@ void TestEndToEnd::shouldRefreshOnceForAThousandChangesBetweenTwoTicks()
     SyncProbeWidget* tab = new SyncProbeWidget(FeaturesOf(camera), &page);
     QComboBox* activation = tab->findChild<QComboBox*>("combo_TriggerActivation");
     QVERIFY(activation != nullptr);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     QCOMPARE(activation->currentText(), QString("RisingEdge"));
     QSignalSpy refills(activation->model(), SIGNAL(rowsRemoved(QModelIndex, int, int)));
     tab->ForgetHandOvers();
@@ -216,9 +220,7 @@ void TestEndToEnd::shouldRebuildWorkingOutputRowsWhenTheViewerSwitchesALineToOut
     QVERIFY(camera);
     QWidget page;
     SyncProbeWidget* tab = new SyncProbeWidget(FeaturesOf(camera), &page);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     QCOMPARE(tab->Outputs(), QStringList({"Line1", "Line3"}));
     QVERIFY(tab->findChild<QCheckBox*>("cb_OutInvert_2") == nullptr);
 
@@ -281,9 +283,7 @@ void TestEndToEnd::shouldShowAnInputLevelChangedByTheCameraWithoutWritingBack()
     QComboBox* rowSource = tab->findChild<QComboBox*>("combo_OutSource_0");
     QCheckBox* status = tab->findChild<QCheckBox*>("cb_OutStatus_0");
     QVERIFY(rowSource != nullptr && status != nullptr);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     QCOMPARE(rowSource->currentText(), QString("SyncIn1"));
     QVERIFY(!status->isChecked());
     camera->ClearJournal();
@@ -304,9 +304,7 @@ void TestEndToEnd::shouldHandAnInputLineToggledByTheCameraToTheTabWithoutWriting
     QVERIFY(camera);
     QWidget page;
     SyncProbeWidget* tab = new SyncProbeWidget(FeaturesOf(camera), &page);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     tab->ForgetHandOvers();
     camera->ClearJournal();
 
@@ -337,9 +335,7 @@ void TestEndToEnd::shouldFollowAMultiFrameAcquisitionThatEndsByItself()
     QPushButton* edge = tab->findChild<QPushButton*>("pb_Edge");
     QPushButton* bulk = tab->findChild<QPushButton*>("pb_Bulk");
     QVERIFY(mode != nullptr && frameCount != nullptr && edge != nullptr && bulk != nullptr);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     camera->ClearJournal();
 
     // Twenty frames at ten frames a second: two seconds of acquisition.
@@ -387,9 +383,7 @@ void TestEndToEnd::shouldCarryTheUsersTriggerSourceChoiceThroughTheWholeChain()
     QPushButton* swTrigger = tab->findChild<QPushButton*>("pb_SWTrigger");
     QVERIFY(source != nullptr && swTrigger != nullptr);
     QVERIFY(tab->Observer() != nullptr);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QVERIFY(WaitForQuietTick(*tab));
+    QVERIFY(ShowAndSettle(page, *tab));
     QCOMPARE(source->currentText(), QString("Software"));
     QVERIFY(swTrigger->isEnabled());
 

@@ -58,12 +58,6 @@ SimCameraPtr MakeCamera(const QString& key)
     return SimCameraPtr();
 }
 
-// The generation-1 models with "Line3" driven directly (its status may be set by hand).
-SimCameraPtr LineModelWithDirectLine3(const QString& model)
-{
-    return LineModelWithLine3Source(model, "Direct");
-}
-
 // Restores the application's palette when it goes.
 class PaletteGuard {
 public:
@@ -106,8 +100,6 @@ private slots:
     void shouldWriteEveryLinesInverterAndShowTheResultingStatus();
     void shouldWriteTheStatusOfADirectLineOnly_data();
     void shouldWriteTheStatusOfADirectLineOnly();
-    void shouldReportAStatusTheCameraDoesNotTake();
-    void shouldReportAnInverterTheCameraRefuses();
     void shouldCheckTheBoxesForANaNRead();
     void shouldShowTheLineCamerasValuesAfterARefresh();
 
@@ -118,7 +110,6 @@ private slots:
     void shouldWriteEveryOutputsPolarity();
     void shouldWriteTheStatusBoxesAsOneMask_data();
     void shouldWriteTheStatusBoxesAsOneMask();
-    void shouldReportAMaskTheCameraDoesNotTake();
     void shouldWrapTheMaskBitsAfter32Outputs_data();
     void shouldWrapTheMaskBitsAfter32Outputs();
     void shouldServeALineOutCameraThroughTheFallbackNames();
@@ -126,9 +117,12 @@ private slots:
     // Both.
     void shouldEnableTheStatusBoxOnlyForAWritableDirectOrGpoState_data();
     void shouldEnableTheStatusBoxOnlyForAWritableDirectOrGpoState();
+    void shouldReportAStatusTheCameraDoesNotTake_data();
+    void shouldReportAStatusTheCameraDoesNotTake();
 
     // Failures.
-    void shouldWriteToTheStillSelectedLineWhenTheSelectorRefusesAWrite();
+    void shouldFinishTheInversionRoundTripWhenTheCameraRefusesAWrite_data();
+    void shouldFinishTheInversionRoundTripWhenTheCameraRefusesAWrite();
     void shouldLogAnUnreadableSelectorWhenWritingItBackAfterASourceChange_data();
     void shouldLogAnUnreadableSelectorWhenWritingItBackAfterASourceChange();
     void shouldLogAnUnreadableSelectorWhenWritingItBackAfterAnInversion_data();
@@ -465,7 +459,7 @@ void TestOutputs::shouldWriteTheStatusOfADirectLineOnly_data()
 void TestOutputs::shouldWriteTheStatusOfADirectLineOnly()
 {
     QFETCH(QString, model);
-    SimCameraPtr camera = LineModelWithDirectLine3(model);
+    SimCameraPtr camera = LineModelWithLine3Source(model, "Direct");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
@@ -499,50 +493,6 @@ void TestOutputs::shouldWriteTheStatusOfADirectLineOnly()
     expected = QStringList{"LineSelector=Line1", "LineSelector=Line3", "LineStatus=false", "LineSelector=Line0"};
     QCOMPARE(Writes(camera), expected);
     QCOMPARE(CameraValue(camera, "LineStatus", "Line3"), QString("false"));
-}
-
-void TestOutputs::shouldReportAStatusTheCameraDoesNotTake()
-{
-    // An inverted direct line reads the opposite of what is written.
-    SimCameraPtr camera = LineModelWithDirectLine3("SIM-LINE-SFNC");
-    QVERIFY(camera);
-    QCOMPARE(camera->ChangeFromCamera("LineInverter", "true", "Line3"), 0);
-    Tab tab(camera);
-    QVERIFY(tab.Show());
-    QVERIFY(tab.Status(1)->isChecked());
-    camera->ClearJournal();
-    MessageCapture messages;
-
-    ClickCheckBox(tab.Status(1));
-
-    const QStringList expected{"LineSelector=Line1", "LineSelector=Line3", "LineStatus=false", "LineSelector=Line0"};
-    QCOMPARE(Writes(camera), expected);
-    QCOMPARE(messages.Texts(), QStringList{"Pelko Error OnCBOutStatusChanged:  \"1\""});
-    QCOMPARE(CameraValue(camera, "LineStatus", "Line3"), QString("true"));
-
-    tab.ShowAgain();
-    QVERIFY(tab.Status(1)->isChecked());
-}
-
-void TestOutputs::shouldReportAnInverterTheCameraRefuses()
-{
-    SimCameraPtr camera = OpenModel("SIM-LINE-SFNC");
-    QVERIFY(camera);
-    Tab tab(camera);
-    QVERIFY(tab.Show());
-    camera->InjectFault("LineInverter", Operation::SetValue, ZMT::PkoAPI::PkoErrorInvalidAccess);
-    camera->ClearJournal();
-    MessageCapture messages;
-
-    ClickCheckBox(tab.Invert(0));
-
-    const QStringList expected{
-        "LineSelector=Line1 -> 0", "LineInverter=true -> -6", "LineSelector=Line3 -> 0", "LineInverter=false -> -6",
-        "LineSelector=Line0 -> 0", "LineSelector=Line1 -> 0", "LineSelector=Line3 -> 0", "LineSelector=Line0 -> 0",
-    };
-    QCOMPARE(WritesWithResults(camera), expected);
-    // Line1 reads back 0 instead of 1; Line3 reads back the 0 it was given.
-    QCOMPARE(messages.Texts(), QStringList{"Pelko Error updateOutSource:  \"0\""});
 }
 
 void TestOutputs::shouldCheckTheBoxesForANaNRead()
@@ -699,18 +649,14 @@ void TestOutputs::shouldWriteEveryOutputsPolarity()
 
 void TestOutputs::shouldWriteTheStatusBoxesAsOneMask_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<QString>("levelsFeature");
-    QTest::newRow("sync out") << "SIM-SYNCOUT"
-                              << "SyncOutLevels";
-    QTest::newRow("line out") << "SIM-LINEOUT"
-                              << "LineOutLevels";
+    AddMaskModels();
 }
 
 void TestOutputs::shouldWriteTheStatusBoxesAsOneMask()
 {
     QFETCH(QString, model);
-    QFETCH(QString, levelsFeature);
+    QFETCH(QString, prefix);
+    const QString levelsFeature = prefix + "Levels";
     SimCameraPtr camera = OpenModel(model);
     QVERIFY(camera);
     Tab tab(camera);
@@ -732,25 +678,6 @@ void TestOutputs::shouldWriteTheStatusBoxesAsOneMask()
     QVERIFY(!fresh.Status(1)->isChecked());
     QVERIFY(fresh.Status(2)->isChecked());
     QVERIFY(fresh.Status(3)->isChecked());
-}
-
-void TestOutputs::shouldReportAMaskTheCameraDoesNotTake()
-{
-    // Output 3 inverted: the bit written for it reads back cleared.
-    SimCameraPtr camera = OpenModel("SIM-SYNCOUT");
-    QVERIFY(camera);
-    QCOMPARE(camera->ChangeFromCamera("SyncOutPolarity", "Invert", "SyncOut3"), 0);
-    Tab tab(camera);
-    QVERIFY(tab.Show());
-    QVERIFY(tab.Status(2)->isChecked());
-    camera->ClearJournal();
-    MessageCapture messages;
-
-    ClickCheckBox(tab.Status(3));
-
-    QCOMPARE(Writes(camera), QStringList{"SyncOutLevels=12"});
-    QCOMPARE(messages.Texts(), QStringList{"Pelko Error OnCBOutStatusChanged:  \"8\""});
-    QCOMPARE(CameraValue(camera, "SyncOutLevels"), QString("8"));
 }
 
 void TestOutputs::shouldWrapTheMaskBitsAfter32Outputs_data()
@@ -839,7 +766,8 @@ void TestOutputs::shouldEnableTheStatusBoxOnlyForAWritableDirectOrGpoState()
 {
     QFETCH(QString, camera);
     QFETCH(QList<bool>, enabled);
-    SimCameraPtr simCamera = camera.startsWith("SIM-LINE-") ? LineModelWithDirectLine3(camera) : MakeCamera(camera);
+    SimCameraPtr simCamera =
+        camera.startsWith("SIM-LINE-") ? LineModelWithLine3Source(camera, "Direct") : MakeCamera(camera);
     QVERIFY(simCamera);
 
     Tab tab(simCamera);
@@ -852,34 +780,115 @@ void TestOutputs::shouldEnableTheStatusBoxOnlyForAWritableDirectOrGpoState()
         QCOMPARE(tab.Status(row)->isEnabled(), enabled.at(row));
 }
 
+void TestOutputs::shouldReportAStatusTheCameraDoesNotTake_data()
+{
+    QTest::addColumn<QString>("model");
+    // Changes made by the camera before the tab is built, "Feature[entry]=value".
+    QTest::addColumn<QStringList>("changes");
+    QTest::addColumn<int>("checkedRow");  // a box checked before the click
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QStringList>("logged");
+    // What the camera holds afterwards, "Feature[entry]=value".
+    QTest::addColumn<QString>("held");
+    // An inverted direct line reads the opposite of what is written.
+    QTest::newRow("line sfnc, Line3 direct and inverted")
+        << "SIM-LINE-SFNC" << QStringList{"LineSource[Line3]=Direct", "LineInverter[Line3]=true"} << 1 << 1
+        << QStringList{"LineSelector=Line1", "LineSelector=Line3", "LineStatus=false", "LineSelector=Line0"}
+        << QStringList{"Pelko Error OnCBOutStatusChanged:  \"1\""} << "LineStatus[Line3]=true";
+    // Output 3 inverted: the bit written for it reads back cleared.
+    QTest::newRow("sync out, SyncOut3 inverted")
+        << "SIM-SYNCOUT" << QStringList{"SyncOutPolarity[SyncOut3]=Invert"} << 2 << 3 << QStringList{"SyncOutLevels=12"}
+        << QStringList{"Pelko Error OnCBOutStatusChanged:  \"8\""} << "SyncOutLevels=8";
+}
+
+void TestOutputs::shouldReportAStatusTheCameraDoesNotTake()
+{
+    QFETCH(QString, model);
+    QFETCH(QStringList, changes);
+    QFETCH(int, checkedRow);
+    QFETCH(int, row);
+    QFETCH(QStringList, expected);
+    QFETCH(QStringList, logged);
+    QFETCH(QString, held);
+    SimCameraPtr camera = OpenModel(model);
+    QVERIFY(camera);
+    for (const QString& change : changes)
+        QCOMPARE(ChangeFromCamera(camera, change), 0);
+    Tab tab(camera);
+    QVERIFY(tab.Show());
+    QVERIFY(tab.Status(checkedRow)->isChecked());
+    camera->ClearJournal();
+    MessageCapture messages;
+
+    ClickCheckBox(tab.Status(row));
+
+    QCOMPARE(Writes(camera), expected);
+    QCOMPARE(messages.Texts(), logged);
+    QCOMPARE(HeldValue(camera, held), held);
+
+    // Shown again, the box shows the level the camera holds.
+    tab.ShowAgain();
+    QVERIFY(tab.Status(row)->isChecked());
+}
+
 // ---------------------------------------------------------------------------
 // Failures
 
-void TestOutputs::shouldWriteToTheStillSelectedLineWhenTheSelectorRefusesAWrite()
+void TestOutputs::shouldFinishTheInversionRoundTripWhenTheCameraRefusesAWrite_data()
 {
+    QTest::addColumn<QString>("refusing");
+    QTest::addColumn<int>("error");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QStringList>("logged");
+    // What the camera holds afterwards, "Feature[entry]=value".
+    QTest::addColumn<QStringList>("held");
     // The layer hands back the text it was given, refused or not: a refused
     // selector write goes unnoticed and the line's work lands on the line
     // still selected. The write-back is attempted all the same.
+    QTest::newRow("selector refused, the line still selected inverted")
+        << "LineSelector" << static_cast<int>(ZMT::PkoAPI::PkoErrorTimeout) << 1
+        << QStringList{
+               "LineSelector=Line1 -> -12", "LineInverter=false -> 0",   "LineSelector=Line3 -> -12",
+               "LineInverter=true -> 0",    "LineSelector=Line0 -> -12",  // written back
+               "LineSelector=Line1 -> -12", "LineSelector=Line3 -> -12", "LineSelector=Line0 -> -12",
+           }
+        << QStringList() << QStringList{"LineInverter[Line0]=true", "LineInverter[Line3]=false"};
+    // Line1 reads back 0 instead of 1; Line3 reads back the 0 it was given.
+    QTest::newRow("inverter refused, reported")
+        << "LineInverter" << static_cast<int>(ZMT::PkoAPI::PkoErrorInvalidAccess) << 0
+        << QStringList{
+               "LineSelector=Line1 -> 0", "LineInverter=true -> -6", "LineSelector=Line3 -> 0",
+               "LineInverter=false -> -6", "LineSelector=Line0 -> 0", "LineSelector=Line1 -> 0",
+               "LineSelector=Line3 -> 0", "LineSelector=Line0 -> 0",
+           }
+        << QStringList{"Pelko Error updateOutSource:  \"0\""} << QStringList();
+}
+
+void TestOutputs::shouldFinishTheInversionRoundTripWhenTheCameraRefusesAWrite()
+{
+    QFETCH(QString, refusing);
+    QFETCH(int, error);
+    QFETCH(int, row);
+    QFETCH(QStringList, expected);
+    QFETCH(QStringList, logged);
+    QFETCH(QStringList, held);
     SimCameraPtr camera = OpenModel("SIM-LINE-SFNC");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
     QCOMPARE(CameraValue(camera, "LineSelector"), QString("Line0"));
-    camera->InjectFault("LineSelector", Operation::SetValue, ZMT::PkoAPI::PkoErrorTimeout);
+    camera->InjectFault(refusing.toStdString(), Operation::SetValue, error);
     camera->ClearJournal();
     MessageCapture messages;
 
-    ClickCheckBox(tab.Invert(1));
+    ClickCheckBox(tab.Invert(row));
 
-    const QStringList expected{
-        "LineSelector=Line1 -> -12", "LineInverter=false -> 0",   "LineSelector=Line3 -> -12",
-        "LineInverter=true -> 0",    "LineSelector=Line0 -> -12",  // written back
-        "LineSelector=Line1 -> -12", "LineSelector=Line3 -> -12", "LineSelector=Line0 -> -12",
-    };
     QCOMPARE(WritesWithResults(camera), expected);
-    QCOMPARE(messages.Texts(), QStringList());
-    QCOMPARE(CameraValue(camera, "LineInverter", "Line0"), QString("true"));
-    QCOMPARE(CameraValue(camera, "LineInverter", "Line3"), QString("false"));
+    QCOMPARE(messages.Texts(), logged);
+    for (const QString& value : held)
+        QCOMPARE(HeldValue(camera, value), value);
 }
 
 void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterASourceChange_data()
@@ -924,18 +933,14 @@ void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterASourceChan
 
 void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterAnInversion_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<QString>("selector");
-    QTest::newRow("sync out") << "SIM-SYNCOUT"
-                              << "SyncOutSelector";
-    QTest::newRow("line out") << "SIM-LINEOUT"
-                              << "LineOutSelector";
+    AddMaskModels();
 }
 
 void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterAnInversion()
 {
     QFETCH(QString, model);
-    QFETCH(QString, selector);
+    QFETCH(QString, prefix);
+    const QString selector = prefix + "Selector";
     SimCameraPtr camera = OpenModel(model);
     QVERIFY(camera);
     Tab tab(camera);
@@ -954,26 +959,16 @@ void TestOutputs::shouldLogAnUnreadableSelectorWhenWritingItBackAfterAnInversion
 
 void TestOutputs::shouldLogAnUnreadableSelectorWhenRefreshing_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<QString>("selector");
-    QTest::addColumn<QString>("polarity");
-    QTest::addColumn<QString>("output");
-    QTest::newRow("sync out") << "SIM-SYNCOUT"
-                              << "SyncOutSelector"
-                              << "SyncOutPolarity"
-                              << "SyncOut2";
-    QTest::newRow("line out") << "SIM-LINEOUT"
-                              << "LineOutSelector"
-                              << "LineOutPolarity"
-                              << "LineOut2";
+    AddMaskModels();
 }
 
 void TestOutputs::shouldLogAnUnreadableSelectorWhenRefreshing()
 {
     QFETCH(QString, model);
-    QFETCH(QString, selector);
-    QFETCH(QString, polarity);
-    QFETCH(QString, output);
+    QFETCH(QString, prefix);
+    const QString selector = prefix + "Selector";
+    const QString polarity = prefix + "Polarity";
+    const QString output = prefix + "2";
     SimCameraPtr camera = OpenModel(model);
     QVERIFY(camera);
     Tab tab(camera);

@@ -15,8 +15,8 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QMetaProperty>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTimer>
 #include <QtTest>
 
@@ -108,33 +108,29 @@ bool AllPresetsEnabled(WidgetTestSupport& support)
            PresetButton(support, "Bulk")->isEnabled();
 }
 
+// What a preset logs when unregistering and then registering a watched
+// feature's observer fail with these codes; nothing when the preset leaves
+// the observers alone.
+QStringList ObserverFailures(bool touchesObservers, int unregisterError, int registerError)
+{
+    if (!touchesObservers)
+        return QStringList();
+    return QStringList{ObserverMessage("unregister", unregisterError), ObserverMessage("register", registerError)};
+}
+
 }  // namespace
 
 class TestPresets : public QObject {
     Q_OBJECT
 
 private slots:
-    // Branch 1: exposure mode and line selector row.
-    void shouldWriteTheEdgeSequenceOnALineRoutingCamera();
-    void shouldWriteTheLevelSequenceOnALineRoutingCamera();
-    void shouldWriteTheBulkSequenceOnALineRoutingCamera();
-    // Branch 2: exposure auto.
-    void shouldWriteTheEdgeSequenceOnASyncOutCamera();
-    void shouldWriteTheLevelSequenceOnASyncOutCamera();
-    void shouldWriteTheBulkSequenceOnASyncOutCamera();
-    // Branch 3: exposure mode, no line selector row.
-    void shouldWriteTheEdgeSequenceOnAnSfncCamera();
-    void shouldWriteTheLevelSequenceOnAnSfncCamera();
-    void shouldWriteTheBulkSequenceOnAnSfncCamera();
+    void shouldWriteThePresetsStepsInOrder_data();
+    void shouldWriteThePresetsStepsInOrder();
 
     void shouldRunTheEdgeSequenceFirstWhenBulkStartsFromTriggerWidth();
-    void shouldNotRunEdgeFirstInBulkWithoutTheLineSelectorRow();
     void shouldNeverChangeTheActivationInBulkOnASyncOutCamera();
-    void shouldSelectTheFirstInputLineAsTheSourceOnAnSfncCamera();
-    void shouldSkipTheStepsWhoseEntriesALineRoutingCameraLacks_data();
-    void shouldSkipTheStepsWhoseEntriesALineRoutingCameraLacks();
-    void shouldSkipTheStepsWhoseEntriesASyncOutCameraLacks_data();
-    void shouldSkipTheStepsWhoseEntriesASyncOutCameraLacks();
+    void shouldSkipTheStepsWhoseEntriesTheCameraLacks_data();
+    void shouldSkipTheStepsWhoseEntriesTheCameraLacks();
     void shouldChangeNoSourceWhenNoLineIsAnInput();
     void shouldOnlyToggleThePresetButtonsWithoutAnExposureCombo_data();
     void shouldOnlyToggleThePresetButtonsWithoutAnExposureCombo();
@@ -147,15 +143,21 @@ private slots:
     void shouldKeepTheEventLoopRunningDuringTheWait();
 };
 
-void TestPresets::shouldWriteTheEdgeSequenceOnALineRoutingCamera()
+void TestPresets::shouldWriteThePresetsStepsInOrder_data()
 {
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-ROUTING"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QString>("preset");
+    // What the user chose with the mouse before, "combo box=text".
+    QTest::addColumn<QStringList>("choices");
+    QTest::addColumn<QStringList>("expected");
+    // What the camera holds afterwards, "Feature[selector entry]=value".
+    QTest::addColumn<QStringList>("held");
+    // What controls show afterwards in their user property (a spin box's
+    // value, a combo box's text), "object name=text".
+    QTest::addColumn<QStringList>("shown");
 
-    QVERIFY(ClickPreset(support, "Edge"));
-
-    const QStringList expected = {
+    // Branch 1: exposure mode and line selector row.
+    const QStringList edgeOnLineRouting = {
         // 1  Exp. mode "Timed": current.
         // 2  UpdateTriggerSelector: FrameStart is available, so no write of
         //    its own; the refill of the selector combo empties it, then
@@ -176,23 +178,14 @@ void TestPresets::shouldWriteTheEdgeSequenceOnALineRoutingCamera()
         // 12 Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerMode", "ExposureStart"), QString("On"));
-    QCOMPARE(support.CameraValue("TriggerSource", "ExposureStart"), QString("InputLines"));
-    QCOMPARE(support.CameraValue("LineRouting", "Line0"), QString("Trigger"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Edge on a line routing camera")
+        << "SIM-LINE-ROUTING"
+        << "Edge" << QStringList() << edgeOnLineRouting
+        << QStringList{"TriggerMode[ExposureStart]=On", "TriggerSource[ExposureStart]=InputLines",
+                       "LineRouting[Line0]=Trigger"}
+        << QStringList();
 
-void TestPresets::shouldWriteTheLevelSequenceOnALineRoutingCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-ROUTING"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Level"));
-
-    const QStringList expected = {
+    const QStringList levelOnLineRouting = {
         // 1  Source "InputLines".
         W("TriggerSource", "InputLines"),
         // 2  Mode "On", before anything else.
@@ -214,23 +207,14 @@ void TestPresets::shouldWriteTheLevelSequenceOnALineRoutingCamera()
         W("LineRouting", "Trigger"),
         // 9  Line "Line0": current. 10 Acq. mode "Continuous": current.
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerSelector"), QString("ExposureActive"));
-    QCOMPARE(support.CameraValue("TriggerMode", "ExposureActive"), QString("On"));
-    QCOMPARE(support.CameraValue("TriggerActivation", "ExposureActive"), QString("LowLevel"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Level on a line routing camera")
+        << "SIM-LINE-ROUTING"
+        << "Level" << QStringList() << levelOnLineRouting
+        << QStringList{"TriggerSelector=ExposureActive", "TriggerMode[ExposureActive]=On",
+                       "TriggerActivation[ExposureActive]=LowLevel"}
+        << QStringList();
 
-void TestPresets::shouldWriteTheBulkSequenceOnALineRoutingCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-ROUTING"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Bulk"));
-
-    const QStringList expected = {
+    const QStringList bulkOnLineRouting = {
         // 0  Exp. mode shows "Timed": no Edge first.
         // 1  Exp. mode "Timed": current.
         // 2  UpdateTriggerSelector: the refill writes "" and FrameStart.
@@ -255,22 +239,13 @@ void TestPresets::shouldWriteTheBulkSequenceOnALineRoutingCamera()
         // 14 Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.Find<QSpinBox>("spin_AcquisitionFrameCount")->value(), 10);
-    QCOMPARE(support.CameraValue("TriggerMode", "AcquisitionStart"), QString("On"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Bulk on a line routing camera")
+        << "SIM-LINE-ROUTING"
+        << "Bulk" << QStringList() << bulkOnLineRouting << QStringList{"TriggerMode[AcquisitionStart]=On"}
+        << QStringList{"spin_AcquisitionFrameCount=10"};
 
-void TestPresets::shouldWriteTheEdgeSequenceOnASyncOutCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-SYNCOUT"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Edge"));
-
-    const QStringList expected = {
+    // Branch 2: exposure auto.
+    const QStringList edgeOnSyncOut = {
         // 1  Every selector: FrameStart is current, mode "Off" current;
         //    AcquisitionStart (no line selector row: the mode is left
         //    alone), mode "Off" current.
@@ -286,21 +261,11 @@ void TestPresets::shouldWriteTheEdgeSequenceOnASyncOutCamera()
         // 9  Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerMode", "FrameStart"), QString("On"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Edge on a sync out camera")
+        << "SIM-SYNCOUT"
+        << "Edge" << QStringList() << edgeOnSyncOut << QStringList{"TriggerMode[FrameStart]=On"} << QStringList();
 
-void TestPresets::shouldWriteTheLevelSequenceOnASyncOutCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-SYNCOUT"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Level"));
-
-    const QStringList expected = {
+    const QStringList levelOnSyncOut = {
         // 1  Every selector: only AcquisitionStart is not current.
         W("TriggerSelector", "AcquisitionStart"),
         // 2  Selector "FrameStart".
@@ -316,21 +281,11 @@ void TestPresets::shouldWriteTheLevelSequenceOnASyncOutCamera()
         // 9  Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("ExposureAuto"), QString("other"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Level on a sync out camera")
+        << "SIM-SYNCOUT"
+        << "Level" << QStringList() << levelOnSyncOut << QStringList{"ExposureAuto=other"} << QStringList();
 
-void TestPresets::shouldWriteTheBulkSequenceOnASyncOutCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-SYNCOUT"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Bulk"));
-
-    const QStringList expected = {
+    const QStringList bulkOnSyncOut = {
         // 1  Every selector: only AcquisitionStart is not current.
         W("TriggerSelector", "AcquisitionStart"),
         // 2  Selector "AcquisitionStart": current (the walk ended there).
@@ -345,21 +300,13 @@ void TestPresets::shouldWriteTheBulkSequenceOnASyncOutCamera()
         // 10 Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerMode", "AcquisitionStart"), QString("On"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Bulk on a sync out camera")
+        << "SIM-SYNCOUT"
+        << "Bulk" << QStringList() << bulkOnSyncOut << QStringList{"TriggerMode[AcquisitionStart]=On"}
+        << QStringList{"spin_AcquisitionFrameCount=10"};
 
-void TestPresets::shouldWriteTheEdgeSequenceOnAnSfncCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Edge"));
-
-    const QStringList expected = {
+    // Branch 3: exposure mode, no line selector row.
+    const QStringList edgeOnSfnc = {
         // 1  Exp. mode "Timed": current.
         // 2  Selector "AcquisitionStart".
         W("TriggerSelector", "AcquisitionStart"),
@@ -381,21 +328,11 @@ void TestPresets::shouldWriteTheEdgeSequenceOnAnSfncCamera()
         // 11 Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerMode", "FrameStart"), QString("On"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Edge on an SFNC camera")
+        << "SIM-LINE-SFNC"
+        << "Edge" << QStringList() << edgeOnSfnc << QStringList{"TriggerMode[FrameStart]=On"} << QStringList();
 
-void TestPresets::shouldWriteTheLevelSequenceOnAnSfncCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Level"));
-
-    const QStringList expected = {
+    const QStringList levelOnSfnc = {
         // 1  Exp. mode "TriggerWidth".
         W("ExposureMode", "TriggerWidth"),
         // 2  Selector "AcquisitionStart".
@@ -416,21 +353,11 @@ void TestPresets::shouldWriteTheLevelSequenceOnAnSfncCamera()
         // 11 Mode "On".
         W("TriggerMode", "On"),
     };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("ExposureMode"), QString("TriggerWidth"));
-    QVERIFY(AllPresetsEnabled(support));
-}
+    QTest::newRow("Level on an SFNC camera")
+        << "SIM-LINE-SFNC"
+        << "Level" << QStringList() << levelOnSfnc << QStringList{"ExposureMode=TriggerWidth"} << QStringList();
 
-void TestPresets::shouldWriteTheBulkSequenceOnAnSfncCamera()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
-    QVERIFY(support.Show());
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Bulk"));
-
-    const QStringList expected = {
+    const QStringList bulkOnSfnc = {
         // 1  Exp. mode "Timed": current. 2 Selector "FrameStart": current.
         // 3  pump. 4 Mode "Off": current.
         // 5  Selector "AcquisitionStart".
@@ -451,9 +378,91 @@ void TestPresets::shouldWriteTheBulkSequenceOnAnSfncCamera()
         // 12 Mode "On".
         W("TriggerMode", "On"),
     };
+    QTest::newRow("Bulk on an SFNC camera")
+        << "SIM-LINE-SFNC"
+        << "Bulk" << QStringList() << bulkOnSfnc << QStringList{"TriggerMode[AcquisitionStart]=On"}
+        << QStringList{"spin_AcquisitionFrameCount=10"};
+
+    // Only branch 1 turns a level set-up into an edge one first.
+    const QStringList bulkAfterTriggerWidthOnSfnc = {
+        // 1  Exp. mode "Timed".
+        W("ExposureMode", "Timed"),
+        // 2  Selector "FrameStart": current. 3 pump. 4 Mode "Off": current.
+        // 5  Selector "AcquisitionStart".
+        W("TriggerSelector", "AcquisitionStart"),
+        // 6  wait. 7 Mode "Off": current. 8 First input line Line0: current.
+        W("LineSelector", "Line0"),
+        W("LineSelector", "Line1"),
+        W("LineSelector", "Line2"),
+        W("LineSelector", "Line3"),
+        W("LineSelector", "Line0"),
+        // 9  Activation. 10 Acq. mode. 11 Frame count. 12 Mode "On".
+        W("TriggerActivation", "FallingEdge"),
+        W("AcquisitionMode", "MultiFrame"),
+        W("AcquisitionFrameCount", "10"),
+        W("TriggerMode", "On"),
+    };
+    QTest::newRow("Bulk on an SFNC camera set to TriggerWidth, without Edge first")
+        << "SIM-LINE-SFNC"
+        << "Bulk" << QStringList{"combo_ExposureMode=TriggerWidth"} << bulkAfterTriggerWidthOnSfnc << QStringList()
+        << QStringList();
+
+    // The user triggers by software, trigger mode on.
+    const QStringList edgeAfterSoftwareOnSfnc = {
+        // 1  Exp. mode "Timed": current.
+        // 2  Selector "AcquisitionStart": the mode is left alone here.
+        W("TriggerSelector", "AcquisitionStart"),
+        // 3  pump. 4 Mode "Off".
+        W("TriggerMode", "Off"),
+        // 5  Selector "FrameStart".
+        W("TriggerSelector", "FrameStart"),
+        // 6  pump. 7 Mode "Off": current.
+        // 8  First input line: Line0, which replaces "Software".
+        W("LineSelector", "Line0"),
+        W("LineSelector", "Line1"),
+        W("LineSelector", "Line2"),
+        W("LineSelector", "Line3"),
+        W("LineSelector", "Line0"),
+        W("TriggerSource", "Line0"),
+        // 9  Activation "FallingEdge". 10 Acq. mode: current.
+        W("TriggerActivation", "FallingEdge"),
+        // 11 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    QTest::newRow("Edge on an SFNC camera triggered by software, choosing the first input line")
+        << "SIM-LINE-SFNC"
+        << "Edge" << QStringList{"combo_TriggerSource=Software", "combo_TriggerMode=On"} << edgeAfterSoftwareOnSfnc
+        << QStringList{"TriggerSource[FrameStart]=Line0", "TriggerMode[AcquisitionStart]=Off"} << QStringList();
+}
+
+void TestPresets::shouldWriteThePresetsStepsInOrder()
+{
+    QFETCH(QString, model);
+    QFETCH(QString, preset);
+    QFETCH(QStringList, choices);
+    QFETCH(QStringList, expected);
+    QFETCH(QStringList, held);
+    QFETCH(QStringList, shown);
+    WidgetTestSupport support(WidgetTestSupport::Model(model.toStdString()));
+    QVERIFY(support.Show());
+    for (const QString& choice : choices) {
+        QComboBox* combo = support.Find<QComboBox>(choice.section('=', 0, 0));
+        QVERIFY2(combo, qPrintable(choice));
+        QVERIFY2(TestSupport::ChooseWithMouse(combo, choice.section('=', 1)), qPrintable(choice));
+    }
+    support.ClearJournal();
+
+    QVERIFY(ClickPreset(support, preset));
+
     const QStringList writes = support.Writes();
     QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerMode", "AcquisitionStart"), QString("On"));
+    for (const QString& value : held)
+        QCOMPARE(TestSupport::HeldValue(support.Camera(), value), value);
+    for (const QString& value : shown) {
+        QWidget* control = support.Find<QWidget>(value.section('=', 0, 0));
+        QVERIFY2(control, qPrintable(value));
+        QCOMPARE(control->metaObject()->userProperty().read(control).toString(), value.section('=', 1));
+    }
     QVERIFY(AllPresetsEnabled(support));
 }
 
@@ -526,38 +535,6 @@ void TestPresets::shouldRunTheEdgeSequenceFirstWhenBulkStartsFromTriggerWidth()
     QVERIFY(AllPresetsEnabled(support));
 }
 
-void TestPresets::shouldNotRunEdgeFirstInBulkWithoutTheLineSelectorRow()
-{
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
-    QVERIFY(support.Show());
-    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_ExposureMode"), "TriggerWidth"));
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Bulk"));
-
-    // Only branch 1 turns a level set-up into an edge one first.
-    const QStringList expected = {
-        // 1  Exp. mode "Timed".
-        W("ExposureMode", "Timed"),
-        // 2  Selector "FrameStart": current. 3 pump. 4 Mode "Off": current.
-        // 5  Selector "AcquisitionStart".
-        W("TriggerSelector", "AcquisitionStart"),
-        // 6  wait. 7 Mode "Off": current. 8 First input line Line0: current.
-        W("LineSelector", "Line0"),
-        W("LineSelector", "Line1"),
-        W("LineSelector", "Line2"),
-        W("LineSelector", "Line3"),
-        W("LineSelector", "Line0"),
-        // 9  Activation. 10 Acq. mode. 11 Frame count. 12 Mode "On".
-        W("TriggerActivation", "FallingEdge"),
-        W("AcquisitionMode", "MultiFrame"),
-        W("AcquisitionFrameCount", "10"),
-        W("TriggerMode", "On"),
-    };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-}
-
 void TestPresets::shouldNeverChangeTheActivationInBulkOnASyncOutCamera()
 {
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-SYNCOUT"));
@@ -592,156 +569,103 @@ void TestPresets::shouldNeverChangeTheActivationInBulkOnASyncOutCamera()
     QCOMPARE(support.CameraValue("TriggerActivation", "AcquisitionStart"), QString("RisingEdge"));
 }
 
-void TestPresets::shouldSelectTheFirstInputLineAsTheSourceOnAnSfncCamera()
+void TestPresets::shouldSkipTheStepsWhoseEntriesTheCameraLacks_data()
 {
-    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
-    QVERIFY(support.Show());
-    // The user triggers by software, trigger mode on.
-    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerSource"), "Software"));
-    QVERIFY(TestSupport::ChooseWithMouse(support.Find<QComboBox>("combo_TriggerMode"), "On"));
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, "Edge"));
-
-    const QStringList expected = {
-        // 1  Exp. mode "Timed": current.
-        // 2  Selector "AcquisitionStart": the mode is left alone here.
-        W("TriggerSelector", "AcquisitionStart"),
-        // 3  pump. 4 Mode "Off".
-        W("TriggerMode", "Off"),
-        // 5  Selector "FrameStart".
-        W("TriggerSelector", "FrameStart"),
-        // 6  pump. 7 Mode "Off": current.
-        // 8  First input line: Line0, which replaces "Software".
-        W("LineSelector", "Line0"),
-        W("LineSelector", "Line1"),
-        W("LineSelector", "Line2"),
-        W("LineSelector", "Line3"),
-        W("LineSelector", "Line0"),
-        W("TriggerSource", "Line0"),
-        // 9  Activation "FallingEdge". 10 Acq. mode: current.
-        W("TriggerActivation", "FallingEdge"),
-        // 11 Mode "On".
-        W("TriggerMode", "On"),
-    };
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QCOMPARE(support.CameraValue("TriggerSource", "FrameStart"), QString("Line0"));
-    QCOMPARE(support.CameraValue("TriggerMode", "AcquisitionStart"), QString("Off"));
-}
-
-void TestPresets::shouldSkipTheStepsWhoseEntriesALineRoutingCameraLacks_data()
-{
+    QTest::addColumn<QString>("camera");
     QTest::addColumn<QString>("preset");
+    // The combo boxes that decide the preset's branch.
+    QTest::addColumn<QStringList>("controls");
     QTest::addColumn<QStringList>("expected");
 
     // The camera lacks ExposureStart, ExposureActive, InputLines,
     // FallingEdge, LowLevel and Continuous; its line selector row offers
     // Line0 only (Line1 is an output).
-    QTest::newRow("Edge") << "Edge"
-                          << QStringList{
-                                 // 1 current. 2 UpdateTriggerSelector refill.
-                                 Refused("TriggerSelector", ""),
-                                 W("TriggerSelector", "FrameStart"),
-                                 // 3 missing. 4 wait. 5 current. 6, 7, 8 missing. 9 current.
-                                 // 10 Routing box checked.
-                                 W("LineRouting", "Trigger"),
-                                 // 11 missing. 12 Mode "On".
-                                 W("TriggerMode", "On"),
-                             };
-    QTest::newRow("Level") << "Level"
-                           << QStringList{
-                                  // 1 missing. 2 Mode "On".
-                                  W("TriggerMode", "On"),
-                                  // 3 Exp. mode "TriggerWidth" (no rule on the selector here).
-                                  W("ExposureMode", "TriggerWidth"),
-                                  // 4 UpdateTriggerSelector refill with the mode showing "On".
-                                  W("TriggerMode", "Off"), Refused("TriggerSelector", ""), W("TriggerMode", "On"),
-                                  W("TriggerMode", "Off"), W("TriggerSelector", "FrameStart"), W("TriggerMode", "On"),
-                                  // 5, 6, 7 missing. 8 Routing box checked.
-                                  W("LineRouting", "Trigger"),
-                                  // 9 current. 10 missing.
-                              };
-    QTest::newRow("Bulk") << "Bulk"
-                          << QStringList{
-                                 // 0 no Edge. 1 current. 2 UpdateTriggerSelector refill.
-                                 Refused("TriggerSelector", ""),
-                                 W("TriggerSelector", "FrameStart"),
-                                 // 3 missing. 4 wait. 5 current. 6, 7 missing.
-                                 // 8 Selector "AcquisitionStart".
-                                 W("TriggerSelector", "AcquisitionStart"),
-                                 // 9 Routing box checked. 10 current.
-                                 W("LineRouting", "Trigger"),
-                                 // 11 Frame count 10.
-                                 W("AcquisitionFrameCount", "10"),
-                                 // 12 Acq. mode "MultiFrame" (the camera starts in SingleFrame).
-                                 W("AcquisitionMode", "MultiFrame"),
-                                 // 13 checked already. 14 Mode "On".
-                                 W("TriggerMode", "On"),
-                             };
-}
-
-void TestPresets::shouldSkipTheStepsWhoseEntriesALineRoutingCameraLacks()
-{
-    QFETCH(QString, preset);
-    QFETCH(QStringList, expected);
-    std::string error;
-    SimCameraPtr camera = CameraFor("routing with entries missing", error);
-    QVERIFY2(camera, error.c_str());
-    WidgetTestSupport support(camera);
-    QVERIFY(support.Show());
-    QVERIFY(support.Find<QComboBox>("combo_InputLineSelector") != nullptr);
-    QVERIFY(support.Find<QComboBox>("combo_ExposureMode") != nullptr);
-    support.ClearJournal();
-
-    QVERIFY(ClickPreset(support, preset));
-
-    const QStringList writes = support.Writes();
-    QVERIFY2(writes == expected, qPrintable(WidgetTestSupport::Difference(writes, expected)));
-    QVERIFY(AllPresetsEnabled(support));
-}
-
-void TestPresets::shouldSkipTheStepsWhoseEntriesASyncOutCameraLacks_data()
-{
-    QTest::addColumn<QString>("preset");
-    QTest::addColumn<QStringList>("expected");
+    const QString routing = "routing with entries missing";
+    const QStringList routingControls{"combo_InputLineSelector", "combo_ExposureMode"};
+    const QStringList edgeOnRouting = {
+        // 1 current. 2 UpdateTriggerSelector refill.
+        Refused("TriggerSelector", ""),
+        W("TriggerSelector", "FrameStart"),
+        // 3 missing. 4 wait. 5 current. 6, 7, 8 missing. 9 current.
+        // 10 Routing box checked.
+        W("LineRouting", "Trigger"),
+        // 11 missing. 12 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    const QStringList levelOnRouting = {
+        // 1 missing. 2 Mode "On".
+        W("TriggerMode", "On"),
+        // 3 Exp. mode "TriggerWidth" (no rule on the selector here).
+        W("ExposureMode", "TriggerWidth"),
+        // 4 UpdateTriggerSelector refill with the mode showing "On": emptied,
+        W("TriggerMode", "Off"), Refused("TriggerSelector", ""), W("TriggerMode", "On"),
+        //   then FrameStart current.
+        W("TriggerMode", "Off"), W("TriggerSelector", "FrameStart"), W("TriggerMode", "On"),
+        // 5, 6, 7 missing. 8 Routing box checked.
+        W("LineRouting", "Trigger"),
+        // 9 current. 10 missing.
+    };
+    const QStringList bulkOnRouting = {
+        // 0 no Edge. 1 current. 2 UpdateTriggerSelector refill.
+        Refused("TriggerSelector", ""),
+        W("TriggerSelector", "FrameStart"),
+        // 3 missing. 4 wait. 5 current. 6, 7 missing.
+        // 8 Selector "AcquisitionStart".
+        W("TriggerSelector", "AcquisitionStart"),
+        // 9 Routing box checked. 10 current.
+        W("LineRouting", "Trigger"),
+        // 11 Frame count 10.
+        W("AcquisitionFrameCount", "10"),
+        // 12 Acq. mode "MultiFrame" (the camera starts in SingleFrame).
+        W("AcquisitionMode", "MultiFrame"),
+        // 13 checked already. 14 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    QTest::newRow("Edge on a line routing camera") << routing << "Edge" << routingControls << edgeOnRouting;
+    QTest::newRow("Level on a line routing camera") << routing << "Level" << routingControls << levelOnRouting;
+    QTest::newRow("Bulk on a line routing camera") << routing << "Bulk" << routingControls << bulkOnRouting;
 
     // The camera has one selector, AcquisitionStart, and lacks FrameStart,
     // Line1, FallingEdge and LevelLow.
-    QTest::newRow("Edge") << "Edge"
-                          << QStringList{
-                                 // 1 every selector: current. 2, 3, 4 missing. 5, 6 current.
-                                 // 8 missing. 9 Mode "On".
-                                 W("TriggerMode", "On"),
-                             };
-    QTest::newRow("Level") << "Level"
-                           << QStringList{
-                                  // 1 current. 2, 3 missing. 4 current. 5 Exp. auto "other".
-                                  W("ExposureAuto", "other"),
-                                  // 7, 8 missing. 9 Mode "On".
-                                  W("TriggerMode", "On"),
-                              };
-    QTest::newRow("Bulk") << "Bulk"
-                          << QStringList{
-                                 // 1, 2 current. 3 missing. 4 Acq. mode "MultiFrame".
-                                 W("AcquisitionMode", "MultiFrame"),
-                                 // 5 current. 6 Frame count 10.
-                                 W("AcquisitionFrameCount", "10"),
-                                 // 8, 9 missing. 10 Mode "On".
-                                 W("TriggerMode", "On"),
-                             };
+    const QString syncOut = "sync out with entries missing";
+    const QStringList syncOutControls{"combo_ExposureAuto"};
+    const QStringList edgeOnSyncOut = {
+        // 1 every selector: current. 2, 3, 4 missing. 5, 6 current.
+        // 8 missing. 9 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    const QStringList levelOnSyncOut = {
+        // 1 current. 2, 3 missing. 4 current. 5 Exp. auto "other".
+        W("ExposureAuto", "other"),
+        // 7, 8 missing. 9 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    const QStringList bulkOnSyncOut = {
+        // 1, 2 current. 3 missing. 4 Acq. mode "MultiFrame".
+        W("AcquisitionMode", "MultiFrame"),
+        // 5 current. 6 Frame count 10.
+        W("AcquisitionFrameCount", "10"),
+        // 8, 9 missing. 10 Mode "On".
+        W("TriggerMode", "On"),
+    };
+    QTest::newRow("Edge on a sync out camera") << syncOut << "Edge" << syncOutControls << edgeOnSyncOut;
+    QTest::newRow("Level on a sync out camera") << syncOut << "Level" << syncOutControls << levelOnSyncOut;
+    QTest::newRow("Bulk on a sync out camera") << syncOut << "Bulk" << syncOutControls << bulkOnSyncOut;
 }
 
-void TestPresets::shouldSkipTheStepsWhoseEntriesASyncOutCameraLacks()
+void TestPresets::shouldSkipTheStepsWhoseEntriesTheCameraLacks()
 {
+    QFETCH(QString, camera);
     QFETCH(QString, preset);
+    QFETCH(QStringList, controls);
     QFETCH(QStringList, expected);
     std::string error;
-    SimCameraPtr camera = CameraFor("sync out with entries missing", error);
-    QVERIFY2(camera, error.c_str());
-    WidgetTestSupport support(camera);
+    SimCameraPtr simCamera = CameraFor(camera, error);
+    QVERIFY2(simCamera, error.c_str());
+    WidgetTestSupport support(simCamera);
     QVERIFY(support.Show());
-    QVERIFY(support.Find<QComboBox>("combo_ExposureAuto") != nullptr);
+    for (const QString& control : controls)
+        QVERIFY2(support.Find<QComboBox>(control) != nullptr, qPrintable(control));
     support.ClearJournal();
 
     QVERIFY(ClickPreset(support, preset));
@@ -819,11 +743,8 @@ void TestPresets::shouldOnlyToggleThePresetButtonsWithoutAnExposureCombo()
     QCOMPARE(support.Writes(), QStringList());
     for (QWidget* button : buttons)
         QCOMPARE(changes.Of(button), (QStringList{"disabled", "enabled"}));
-    const QStringList expected = touchesObservers
-                                     ? QStringList{ObserverMessage("unregister", ZMT::PkoAPI::PkoErrorOther),
-                                                   ObserverMessage("register", ZMT::PkoAPI::PkoErrorTimeout)}
-                                     : QStringList();
-    QCOMPARE(messages.MessagesWith("feature observer"), expected);
+    QCOMPARE(messages.MessagesWith("feature observer"),
+             ObserverFailures(touchesObservers, ZMT::PkoAPI::PkoErrorOther, ZMT::PkoAPI::PkoErrorTimeout));
 }
 
 void TestPresets::shouldUnregisterTheObserversAroundEdgeAndBulkButNotLevel_data()
@@ -865,11 +786,8 @@ void TestPresets::shouldUnregisterTheObserversAroundEdgeAndBulkButNotLevel()
 
     QVERIFY(ClickPreset(support, preset));
 
-    const QStringList expected = touchesObservers
-                                     ? QStringList{ObserverMessage("unregister", ZMT::PkoAPI::PkoErrorOther),
-                                                   ObserverMessage("register", ZMT::PkoAPI::PkoErrorTimeout)}
-                                     : QStringList();
-    QCOMPARE(messages.MessagesWith("feature observer"), expected);
+    QCOMPARE(messages.MessagesWith("feature observer"),
+             ObserverFailures(touchesObservers, ZMT::PkoAPI::PkoErrorOther, ZMT::PkoAPI::PkoErrorTimeout));
 }
 
 void TestPresets::shouldRegisterTheObserversTwiceAfterANestedEdge()

@@ -33,12 +33,6 @@ LineCamera SixUserOutputLines()
     return camera;
 }
 
-// A generation-1 model with Line3 driven by UserOutput1.
-SimCameraPtr LineModelWithUserOutputOnLine3(const QString& model)
-{
-    return LineModelWithLine3Source(model, "UserOutput1");
-}
-
 bool IsMissingSlotWarning(const QString& text)
 {
     const QString warning = "QObject::connect: No such slot IOTriggerWidget::OnCBOutUserValueChanged(int)";
@@ -90,7 +84,7 @@ void TestUserOutputs::shouldShowTheUserOutputOfTheSourceInTheSelectorCombo_data(
 void TestUserOutputs::shouldShowTheUserOutputOfTheSourceInTheSelectorCombo()
 {
     QFETCH(QString, model);
-    SimCameraPtr camera = LineModelWithUserOutputOnLine3(model);
+    SimCameraPtr camera = LineModelWithLine3Source(model, "UserOutput1");
     QVERIFY(camera);
     Tab tab(camera);
 
@@ -115,7 +109,7 @@ void TestUserOutputs::shouldShowTheUserOutputOfTheSourceInTheSelectorCombo()
 
 void TestUserOutputs::shouldFollowAChosenSourceInTheSelectorCombo()
 {
-    SimCameraPtr camera = LineModelWithUserOutputOnLine3("SIM-LINE-SFNC");
+    SimCameraPtr camera = LineModelWithLine3Source("SIM-LINE-SFNC", "UserOutput1");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
@@ -133,10 +127,9 @@ void TestUserOutputs::shouldFollowAChosenSourceInTheSelectorCombo()
 
 void TestUserOutputs::shouldLeaveEverySelectorComboEmptyWithoutUserOutputSelector_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::newRow("sync out") << "SIM-SYNCOUT";
-    QTest::newRow("line out") << "SIM-LINEOUT";
-    QTest::newRow("lines without user outputs") << "";
+    AddMaskModels();
+    QTest::newRow("lines without user outputs") << ""
+                                                << "";
 }
 
 void TestUserOutputs::shouldLeaveEverySelectorComboEmptyWithoutUserOutputSelector()
@@ -244,7 +237,7 @@ void TestUserOutputs::shouldShowTheLineFollowingItsUserOutput_data()
 void TestUserOutputs::shouldShowTheLineFollowingItsUserOutput()
 {
     QFETCH(QString, model);
-    SimCameraPtr camera = LineModelWithUserOutputOnLine3(model);
+    SimCameraPtr camera = LineModelWithLine3Source(model, "UserOutput1");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
@@ -309,7 +302,7 @@ void TestUserOutputs::shouldHaveNoSlotForTheDeliberatelyFailingConnection()
 
 void TestUserOutputs::shouldReportAUserValueTheCameraDoesNotTake()
 {
-    SimCameraPtr camera = LineModelWithUserOutputOnLine3("SIM-LINE-SFNC");
+    SimCameraPtr camera = LineModelWithLine3Source("SIM-LINE-SFNC", "UserOutput1");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
@@ -333,7 +326,7 @@ void TestUserOutputs::shouldReportAUserValueTheCameraDoesNotTake()
 
 void TestUserOutputs::shouldLogAnUnreadableUserOutputSelector()
 {
-    SimCameraPtr camera = LineModelWithUserOutputOnLine3("SIM-LINE-SFNC");
+    SimCameraPtr camera = LineModelWithLine3Source("SIM-LINE-SFNC", "UserOutput1");
     QVERIFY(camera);
     Tab tab(camera);
     QVERIFY(tab.Show());
@@ -435,9 +428,7 @@ void TestUserOutputs::shouldListTheLinesWhoseDirectionTheUserMaySwitch()
 
 void TestUserOutputs::shouldBuildNoSelectableLineWithoutLineSelector_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::newRow("sync out") << "SIM-SYNCOUT";
-    QTest::newRow("line out") << "SIM-LINEOUT";
+    AddMaskModels();
 }
 
 void TestUserOutputs::shouldBuildNoSelectableLineWithoutLineSelector()
