@@ -516,13 +516,16 @@ private slots:
     void shouldShowTheAcquisitionOnAnOutputThatFollowsIt()
     {
         Open("SIM-SYNCOUT");
+        // Nothing moves by itself: SyncOut1 shows the first exposure until the clock moves.
+        m_Camera->UseManualClock();
         auto* recorder = new RecordingObserver;
         IFeatureObserverPtr observer(recorder);
         QCOMPARE(F("SyncOutLevels")->RegisterObserver(observer), int(PkoErrorSuccess));
+        QCOMPARE(m_Camera->ValueText("SyncOutSource", "SyncOut1"), std::string("Exposing"));
         QCOMPARE(m_Camera->ValueText("SyncOutSource", "SyncOut2"), std::string("Acquiring"));
         QCOMPARE(m_Camera->ValueText("SyncOutLevels"), std::string("0"));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QCOMPARE(m_Camera->ValueText("SyncOutLevels"), std::string("2"));
+        QCOMPARE(m_Camera->ValueText("SyncOutLevels"), std::string("3"));
         QVERIFY(m_Camera->WaitForNotifications(kTimeoutMs));
         QCOMPARE(recorder->CountFor("SyncOutLevels"), 1);
         QCOMPARE(m_Camera->StopAcquisition(), int(PkoErrorSuccess));

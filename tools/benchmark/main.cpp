@@ -3,6 +3,7 @@
 // counts the register transactions of each step on the fake cameras.
 //
 //   pko-benchmark [--runs N] [--generation 1|2|3]
+//   pko-benchmark --signals [--runs N]   (the simulated pulse train alone)
 //
 // Figures are medians of N runs (default 5), all generations by default.
 //
@@ -10,6 +11,7 @@
 // the loopback camera port while tests hold it.
 
 #include "FakeGvCamera.h"
+#include "SignalBenchmark.h"
 #include "TabBenchmark.h"
 #include "TransactionCounter.h"
 
@@ -177,13 +179,16 @@ int main(int argc, char* argv[])
 {
     int runs = 5;
     int only = 0;
+    bool signalsOnly = false;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) {
+        if (std::strcmp(argv[i], "--signals") == 0) {
+            signalsOnly = true;
+        } else if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) {
             runs = std::max(1, std::atoi(argv[++i]));
         } else if (std::strcmp(argv[i], "--generation") == 0 && i + 1 < argc) {
             only = std::atoi(argv[++i]);
         } else if (std::strcmp(argv[i], "-platform") != 0 && argv[i][0] == '-') {
-            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3] [--signals]\n", argv[0]);
             return 2;
         }
     }
@@ -191,6 +196,15 @@ int main(int argc, char* argv[])
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    const auto printSignals = [runs] {
+        Print(QStringLiteral("\nSimulated signals, medians of %1 runs:\n").arg(runs));
+        for (const QString& row : SignalBenchmark::Run(runs))
+            Print(row);
+    };
+    if (signalsOnly) {
+        printSignals();
+        return 0;
+    }
     if (!FakeGvCamera::BinaryAvailable()) {
         Print("arv-fake-gv-camera-0.8 is not on PATH (Debian: aravis-tools-cli)");
         return 1;
@@ -238,5 +252,6 @@ int main(int argc, char* argv[])
     for (const QString& row : rows)
         Print(row);
     Print(QStringLiteral("\nBackground while the tab is shown and idle: ") + backgrounds.join(QStringLiteral("; ")));
+    printSignals();
     return 0;
 }

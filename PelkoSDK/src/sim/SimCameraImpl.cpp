@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -54,7 +55,7 @@ int SimCameraImpl::Open()
         return PkoErrorSuccess;
     try {
         auto notifier = std::make_shared<Notifier>();
-        m_FrameThread = std::thread(&SimCameraImpl::FrameLoop, this, m_Session + 1);
+        m_FrameThread = std::thread(&SimCameraImpl::SignalLoop, this, m_Session + 1);
         m_Notifier = std::move(notifier);
     } catch (const std::system_error&) {
         return PkoErrorResources;
@@ -64,6 +65,10 @@ int SimCameraImpl::Open()
     ++m_Session;
     m_Open = true;
     m_State.OnOpen();
+    m_FramesSeen = 0;
+    // Nothing happened while closed: the time just moves on.
+    if (!m_ManualClock)
+        m_State.AdvanceTo(RealClockNs());
     return PkoErrorSuccess;
 }
 
@@ -149,13 +154,21 @@ int SimCameraImpl::GetLatestFrame(Frame& frame)
     unsigned long long id = 0;
     unsigned int width = 0;
     unsigned int height = 0;
-    {
+    long long timestamp = 0;
+    double exposureUs = 0.0;
+    std::string trigger;
+    try {
         std::lock_guard<std::mutex> lock(m_Mutex);
         if (!m_Open)
             return PkoErrorDeviceNotOpen;
         id = m_State.FramesDelivered();
         width = m_FrameWidth;
         height = m_FrameHeight;
+        timestamp = m_State.LastFrameStart();
+        exposureUs = m_State.LastFrameExposureUs();
+        trigger = m_State.LastFrameTrigger();
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
     }
     if (id == 0)
         return PkoErrorNotFound;
@@ -174,6 +187,9 @@ int SimCameraImpl::GetLatestFrame(Frame& frame)
     frame.width = width;
     frame.height = height;
     frame.id = id;
+    frame.timestampNs = timestamp;
+    frame.exposureUs = exposureUs;
+    frame.trigger.swap(trigger);
     return PkoErrorSuccess;
 }
 
@@ -216,15 +232,20 @@ int SimCameraImpl::ChangeFromCamera(const std::string& feature, const std::strin
                                     const std::string& selectorEntry)
 {
     int result = PkoErrorSuccess;
+    std::vector<SignalState::Edge> outgoing;
     bool wake = false;
     {
+        // Also while closed: a camera's own state changes whether anybody listens.
         std::lock_guard<std::mutex> lock(m_Mutex);
+        CatchUpLocked();
         result = m_State.ChangeFromCamera(feature, valueText, selectorEntry);
         PostLocked();
+        outgoing = m_State.TakeOutgoing();
         wake = m_State.TakeWake();
     }
     if (wake)
         m_FrameWake.notify_all();
+    SendOutgoing(outgoing);
     return result;
 }
 
@@ -265,8 +286,145 @@ int SimCameraImpl::RunCommandByName(const char* name)
     return m_Features[index]->RunCommand();
 }
 
+unsigned long long SimCameraImpl::JournalDropped() const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_State.JournalDropped();
+}
+
+void SimCameraImpl::SetJournalCapacity(std::size_t entries)
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    m_State.SetJournalCapacity(entries);
+}
+
+void SimCameraImpl::JournalLevelChanges(bool on)
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    m_State.JournalLevelChanges(on);
+}
+
+std::vector<std::string> SimCameraImpl::Lines() const
+{
+    return m_State.LineNames();  // fixed since construction
+}
+
+int SimCameraImpl::LineLevel(const std::string& line, bool& high) const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Open)
+        return PkoErrorDeviceNotOpen;
+    return m_State.LineLevel(line, high);
+}
+
+int SimCameraImpl::DriveInput(const std::string& line, bool high)
+{
+    return Locked(PkoErrorDeviceNotOpen, [&] { return m_State.DriveInput(line, high); });
+}
+
+int SimCameraImpl::StartPulses(const std::string& line, double periodMs, double highMs, int count)
+{
+    return Locked(PkoErrorDeviceNotOpen, [&] { return m_State.StartPulses(line, periodMs, highMs, count); });
+}
+
+int SimCameraImpl::StopPulses(const std::string& line)
+{
+    return Locked(PkoErrorDeviceNotOpen, [&] { return m_State.StopPulses(line); });
+}
+
+int SimCameraImpl::Wire(const std::string& outputLine, const std::string& inputLine)
+{
+    return Locked(PkoErrorDeviceNotOpen, [&] { return m_State.Wire(outputLine, inputLine); });
+}
+
+int SimCameraImpl::Unwire(const std::string& outputLine, const std::string& inputLine)
+{
+    return Locked(PkoErrorDeviceNotOpen, [&] { return m_State.Unwire(outputLine, inputLine); });
+}
+
+void SimCameraImpl::UseManualClock()
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Open)
+        CatchUpLocked();
+    m_ManualClock = true;
+}
+
+int SimCameraImpl::AdvanceClock(double ms)
+{
+    if (!std::isfinite(ms) || ms < 0.0)
+        return PkoErrorBadParameter;
+    return Locked(PkoErrorDeviceNotOpen, [&] {
+        if (!m_ManualClock)
+            return int(PkoErrorInvalidAccess);
+        m_State.AdvanceTo(m_State.Now() + static_cast<long long>(std::llround(ms * 1e6)));
+        return int(PkoErrorSuccess);
+    });
+}
+
+long long SimCameraImpl::ClockNs() const
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_ManualClock ? m_State.Now() : std::max(m_State.Now(), RealClockNs());
+}
+
+int SimCameraImpl::WireTo(SimCameraImpl& target, const std::string& outputLine, const std::string& inputLine)
+{
+    if (&target == this)
+        return Wire(outputLine, inputLine);
+    if (const int result = target.Locked(PkoErrorDeviceNotOpen, [&] { return target.m_State.CheckInput(inputLine); }))
+        return result;
+    bool level = false;
+    long long time = 0;
+    const int result = Locked(PkoErrorDeviceNotOpen, [&] {
+        if (const int marked = m_State.MarkRemoteOutput(outputLine, true))
+            return marked;
+        m_RemoteWires.push_back(RemoteWire{outputLine, target.m_Anchor, inputLine});
+        m_State.LineLevel(outputLine, level);
+        time = m_State.Now();
+        return int(PkoErrorSuccess);
+    });
+    if (result == PkoErrorSuccess)
+        target.ReceiveLevel(inputLine, level, time);
+    return result;
+}
+
+int SimCameraImpl::UnwireFrom(SimCameraImpl& target, const std::string& outputLine, const std::string& inputLine)
+{
+    if (&target == this)
+        return Unwire(outputLine, inputLine);
+    return Locked(PkoErrorDeviceNotOpen, [&] {
+        auto it = std::find_if(m_RemoteWires.begin(), m_RemoteWires.end(), [&](const RemoteWire& wire) {
+            return wire.output == outputLine && wire.target == target.m_Anchor && wire.input == inputLine;
+        });
+        if (it == m_RemoteWires.end())
+            return int(PkoErrorNotFound);
+        m_RemoteWires.erase(it);
+        const bool stillWired = std::any_of(m_RemoteWires.begin(), m_RemoteWires.end(),
+                                            [&](const RemoteWire& wire) { return wire.output == outputLine; });
+        m_State.MarkRemoteOutput(outputLine, stillWired);
+        return int(PkoErrorSuccess);
+    });
+}
+
+long long SimCameraImpl::RealClockNs() const
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - m_Epoch).count();
+}
+
+void SimCameraImpl::CatchUpLocked()
+{
+    if (!m_ManualClock)
+        m_State.AdvanceTo(RealClockNs());
+}
+
 void SimCameraImpl::PostLocked()
 {
+    m_State.Settle();
+    if (m_State.FramesDelivered() != m_FramesSeen) {
+        m_FramesSeen = m_State.FramesDelivered();
+        NoteFrameSizeLocked();
+    }
     const std::vector<int> changed = m_State.TakeNotifications();
     if (!m_Notifier)
         return;
@@ -274,7 +432,44 @@ void SimCameraImpl::PostLocked()
         m_Notifier->Post(m_Features[index]);
 }
 
-void SimCameraImpl::DeliverFrameLocked()
+void SimCameraImpl::SendOutgoing(const std::vector<SignalState::Edge>& edges)
+{
+    if (edges.empty())
+        return;
+    // Cables that lead back (A to B to A) could bounce levels for ever.
+    thread_local int depth = 0;
+    if (depth >= 8)
+        return;
+    std::vector<RemoteWire> wires;
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        wires = m_RemoteWires;
+    }
+    ++depth;
+    const std::vector<std::string>& names = m_State.LineNames();
+    for (const SignalState::Edge& edge : edges) {
+        for (const RemoteWire& wire : wires) {
+            if (wire.output != names[edge.line])
+                continue;
+            wire.target->With([&](SimCameraImpl& target) {
+                target.ReceiveLevel(wire.input, edge.high, edge.time);
+                return int(PkoErrorSuccess);
+            });
+        }
+    }
+    --depth;
+}
+
+void SimCameraImpl::ReceiveLevel(const std::string& input, bool high, long long time)
+{
+    Locked(PkoErrorDeviceNotOpen, [&] {
+        if (m_ManualClock && time > m_State.Now())
+            m_State.AdvanceTo(time);
+        return m_State.DriveInput(input, high);
+    });
+}
+
+void SimCameraImpl::NoteFrameSizeLocked()
 {
     // Bounded, so that an odd Width or Height cannot ask for gigabytes.
     constexpr long long kMaxSide = 4096;
@@ -286,53 +481,51 @@ void SimCameraImpl::DeliverFrameLocked()
     };
     m_FrameWidth = side("Width", 640);
     m_FrameHeight = side("Height", 480);
-    m_State.DeliverFrame();
 }
 
-void SimCameraImpl::FrameLoop(unsigned long long session)
+void SimCameraImpl::SignalLoop(unsigned long long session)
 {
-    using Clock = std::chrono::steady_clock;
+    // Waking for every edge of a fast pulse train would cost more than it
+    // shows; events are played in order whenever the thread looks.
+    constexpr long long kMinWaitNs = 1000000;
     std::unique_lock<std::mutex> lock(m_Mutex);
-    unsigned long long acquisition = 0;
-    bool timing = false;
-    Clock::time_point next;
     while (m_Session == session) {
         m_State.TakeWake();
-        if (!m_State.IsAcquiring()) {
-            timing = false;
+        CatchUpLocked();
+        PostLocked();
+        const std::vector<SignalState::Edge> outgoing = m_State.TakeOutgoing();
+        if (!outgoing.empty()) {
+            lock.unlock();
+            SendOutgoing(outgoing);
+            lock.lock();
+            continue;
+        }
+        const long long next = m_State.NextEventTime();
+        if (m_ManualClock || next == SignalState::kNever) {
             m_FrameWake.wait(lock);
             continue;
         }
-        if (m_State.AcquisitionNumber() != acquisition) {
-            acquisition = m_State.AcquisitionNumber();
-            timing = false;
-        }
-        if (m_State.IsFreeRunning()) {
-            const auto period = std::chrono::duration_cast<Clock::duration>(
-                std::chrono::duration<double>(m_State.FramePeriodSeconds()));
-            const Clock::time_point now = Clock::now();
-            if (!timing) {
-                next = now + period;
-                timing = true;
-            }
-            if (now < next) {
-                m_FrameWake.wait_until(lock, next);
-                continue;
-            }
-            DeliverFrameLocked();
-            PostLocked();
-            // After a stall, carry on at the frame rate rather than catching up.
-            next = next + period < now ? now + period : next + period;
-            continue;
-        }
-        timing = false;
-        if (m_State.TakeSoftwareTrigger()) {
-            DeliverFrameLocked();
-            PostLocked();
-            continue;
-        }
-        m_FrameWake.wait(lock);
+        const long long wait = std::max(next - RealClockNs(), kMinWaitNs);
+        m_FrameWake.wait_for(lock, std::chrono::nanoseconds(wait));
     }
+}
+
+int Wire(const SimCameraPtr& a, const std::string& outputLine, const SimCameraPtr& b, const std::string& inputLine)
+{
+    auto* from = dynamic_cast<SimCameraImpl*>(a.get());
+    auto* to = dynamic_cast<SimCameraImpl*>(b.get());
+    if (from == nullptr || to == nullptr)
+        return PkoErrorBadParameter;
+    return from->WireTo(*to, outputLine, inputLine);
+}
+
+int Unwire(const SimCameraPtr& a, const std::string& outputLine, const SimCameraPtr& b, const std::string& inputLine)
+{
+    auto* from = dynamic_cast<SimCameraImpl*>(a.get());
+    auto* to = dynamic_cast<SimCameraImpl*>(b.get());
+    if (from == nullptr || to == nullptr)
+        return PkoErrorBadParameter;
+    return from->UnwireFrom(*to, outputLine, inputLine);
 }
 
 }  // namespace ZMT::PkoAPI::Sim

@@ -29,4 +29,9 @@ bool SimContext::IsAcquiring() const
     return m_State.IsAcquiring();
 }
 
+bool SimContext::Level(const std::string& lineOrSignal) const
+{
+    return m_State.Level(lineOrSignal);
+}
+
 }  // namespace ZMT::PkoAPI::Sim

@@ -21,6 +21,7 @@ public:
     std::string TextAt(const std::string& feature, const std::string& selectorEntry) const override;
     std::string SelectorEntry(const std::string& feature) const override;
     bool IsAcquiring() const override;
+    bool Level(const std::string& lineOrSignal) const override;
 
 private:
     const SimState& m_State;

@@ -172,6 +172,7 @@ bool SimState::Init(std::vector<FeatureDecl> decls, std::string& error)
         for (int target : m_Slots[index].notifies)
             AppendOnce(m_AcquisitionDependants, target);
     }
+    InitSignals();
     return true;
 }
 
@@ -397,22 +398,30 @@ int SimState::RunCommand(int index)
     std::vector<int> extra;
     if (decl.name == "AcquisitionStart" && !m_Acquiring) {
         m_Acquiring = true;
-        ++m_AcquisitionNumber;
         m_FramesThisAcquisition = 0;
-        m_PendingTriggers = 0;
-        m_Wake = true;
-        extra = m_AcquisitionDependants;
+        Changed(index, m_AcquisitionDependants);
+        AcquisitionStarted();
+        return PkoErrorSuccess;
     } else if (decl.name == "AcquisitionStop" && m_Acquiring) {
         m_Acquiring = false;
-        m_PendingTriggers = 0;
-        m_Wake = true;
-        extra = m_AcquisitionDependants;
+        Changed(index, m_AcquisitionDependants);
+        AcquisitionStopped();
+        return PkoErrorSuccess;
     } else if (decl.name == "TriggerSoftware") {
         ++m_SoftwareTriggers;
-        if (m_Acquiring && IsSoftwareTriggered()) {
-            ++m_PendingTriggers;
-            m_Wake = true;
+        Settle();  // the trigger goes to what the settings say now
+        if (m_Signals.acquisition == SignalState::Acquisition::Armed && m_Config.acquisition.software) {
+            m_Signals.acquisition = SignalState::Acquisition::Active;
+            m_Signals.nextFreeRun = m_Signals.now;
+            Count("AcquisitionTrigger");
+            SignalsChanged();
+        } else if (m_Acquiring && m_Config.frame.on && m_Config.frame.software) {
+            ++m_SoftwarePending;
         }
+        m_Wake = true;
+    } else if (decl.name == "CounterReset" && m_CounterSelector >= 0 && m_CounterValue >= 0) {
+        m_Slots[m_CounterValue].values[EntryIndex(m_CounterValue, EvalScope())] = "0";
+        extra.push_back(m_CounterValue);
     }
     Changed(index, extra);
     return PkoErrorSuccess;
@@ -459,56 +468,6 @@ void SimState::ClearFaults()
     m_NaN.clear();
 }
 
-bool SimState::IsFreeRunning() const
-{
-    if (FrameStartText("TriggerMode") != "On")
-        return true;
-    const std::string source = FrameStartText("TriggerSource");
-    return source == "Freerun" || source == "FixedRate";
-}
-
-double SimState::FramePeriodSeconds() const
-{
-    double rate = 30.0;
-    const int index = IndexOf("AcquisitionFrameRate");
-    double configured = 0.0;
-    if (index >= 0 && Fits(index, PkoFeatureDataFloat) && ParseFloat(TextIn(index, EvalScope()), configured) &&
-        configured > 0.0)
-        rate = configured;
-    return 1.0 / std::clamp(rate, 0.01, 10000.0);
-}
-
-bool SimState::TakeSoftwareTrigger()
-{
-    if (m_PendingTriggers == 0)
-        return false;
-    --m_PendingTriggers;
-    return true;
-}
-
-void SimState::DeliverFrame()
-{
-    ++m_FramesDelivered;
-    ++m_FramesThisAcquisition;
-    const int modeIndex = IndexOf("AcquisitionMode");
-    const std::string mode = modeIndex < 0 ? std::string() : TextIn(modeIndex, EvalScope());
-    unsigned long long limit = 0;
-    if (mode == "SingleFrame") {
-        limit = 1;
-    } else if (mode == "MultiFrame") {
-        const int countIndex = IndexOf("AcquisitionFrameCount");
-        long long count = 1;
-        if (countIndex >= 0)
-            ParseInteger(TextIn(countIndex, EvalScope()), count);
-        limit = count < 1 ? 1 : static_cast<unsigned long long>(count);
-    }
-    if (limit != 0 && m_FramesThisAcquisition >= limit) {
-        m_Acquiring = false;
-        m_PendingTriggers = 0;
-        AcquisitionChanged();
-    }
-}
-
 void SimState::OnOpen()
 {
     m_FramesDelivered = 0;
@@ -517,15 +476,40 @@ void SimState::OnOpen()
 void SimState::OnClose()
 {
     m_Acquiring = false;
-    m_PendingTriggers = 0;
+    AcquisitionStopped();
+    // Nobody drives the inputs of a camera that is not open.
+    for (SignalState::PulseTrain& train : m_Signals.pulses)
+        train = SignalState::PulseTrain();
     m_Pending.clear();
     m_Wake = true;
+}
+
+void SimState::ClearJournal()
+{
+    m_Journal.clear();
+    m_JournalDropped = 0;
+}
+
+void SimState::SetJournalCapacity(std::size_t entries)
+{
+    m_JournalCapacity = std::max<std::size_t>(entries, 1);
+    while (m_Journal.size() > m_JournalCapacity) {
+        m_Journal.pop_front();
+        ++m_JournalDropped;
+    }
 }
 
 std::vector<int> SimState::TakeNotifications()
 {
     std::vector<int> pending;
     pending.swap(m_Pending);
+    m_PendingNow = 0;
+    // Observers of a signal-driven feature notified now read its value now:
+    // the coalesced signal notifications must not tell them again.
+    for (std::size_t i = 0; i < m_SignalFeatures.size(); ++i) {
+        if (std::find(pending.begin(), pending.end(), m_SignalFeatures[i]) != pending.end())
+            m_SignalTexts[i] = TextIn(m_SignalFeatures[i], EvalScope());
+    }
     return pending;
 }
 
@@ -682,25 +666,18 @@ int SimState::Canonical(int index, const std::string& text, Check check, std::st
     }
 }
 
-std::string SimState::FrameStartText(const std::string& feature) const
-{
-    const int index = IndexOf(feature);
-    if (index < 0)
-        return std::string();
-    const int selector = m_Slots[index].selector;
-    if (selector >= 0 && Find(m_Slots[selector].decl.entries, "FrameStart") >= 0)
-        return TextAtEntry(index, "FrameStart", EvalScope());
-    return TextIn(index, EvalScope());
-}
-
-bool SimState::IsSoftwareTriggered() const
-{
-    return !IsFreeRunning() && FrameStartText("TriggerSource") == "Software";
-}
-
 void SimState::Record(int index, const std::string& value, const std::string& writer, int result)
 {
-    m_Journal.push_back(JournalEntry{m_Slots[index].decl.name, value, writer, result});
+    Append(JournalEntry{m_Slots[index].decl.name, value, writer, result});
+}
+
+void SimState::Append(JournalEntry entry)
+{
+    if (m_Journal.size() >= m_JournalCapacity) {
+        m_Journal.pop_front();
+        ++m_JournalDropped;
+    }
+    m_Journal.push_back(std::move(entry));
 }
 
 void SimState::Changed(int index, const std::vector<int>& extra)
@@ -721,12 +698,14 @@ void SimState::Changed(int index, const std::vector<int>& extra)
     }
     m_Pending.insert(m_Pending.end(), affected.begin(), affected.end());
     m_Wake = true;
+    m_ConfigDirty = true;
 }
 
 void SimState::AcquisitionChanged()
 {
     m_Pending.insert(m_Pending.end(), m_AcquisitionDependants.begin(), m_AcquisitionDependants.end());
     m_Wake = true;
+    m_ConfigDirty = true;
 }
 
 bool SimState::MoveOffUnavailableEntry(int index)

@@ -26,6 +26,11 @@ public:
     // The feature's selector's current entry, "" when it has no selector.
     virtual std::string SelectorEntry(const std::string& feature) const = 0;
     virtual bool IsAcquiring() const = 0;
+    // The level now of one of the camera's I/O lines ("Line0", "SyncIn1")
+    // or of one of its sensor signals ("ExposureActive", "FrameTriggerWait",
+    // "AcquisitionActive", "AcquisitionTriggerWait", "FrameReadout"); false
+    // for a name the camera does not have.
+    virtual bool Level(const std::string& lineOrSignal) const = 0;
 };
 
 // A rule on the camera's state: writability, entry availability.
@@ -46,7 +51,8 @@ typedef std::function<std::optional<std::string>(const Context&)> ValueRule;
 struct JournalEntry {
     std::string feature;
     std::string value;
-    std::string writer;  // WriterScope's name, "client" by default, "camera" for camera-side changes
+    std::string writer;  // WriterScope's name, "client" by default, "camera" for camera-side changes,
+                         // "line" for a line's level change (only when asked for, see SimCamera)
     int result;          // the code the write returned; refused writes are journaled too
 };
 

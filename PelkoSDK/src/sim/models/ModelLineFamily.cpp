@@ -30,7 +30,8 @@ bool NotTriggerWidth(const Context& c)
 
 SimCameraPtr BuildLineRoutingModel()
 {
-    const ModelInfo info{"PK-LR1300m", "SIM1300R0001", "2.4.1", 1280, 1024, {"Mono8", "Mono12", "Mono12Packed"}, 60.0};
+    const ModelInfo info{"PK-LR1300m", "SIM1300R0001", "2.4.1", 1280, 1024, {"Mono8", "Mono12", "Mono12Packed"},
+                         60.0,         2000.0};
     CameraBuilder builder("SIM-LINE-ROUTING", info.modelName);
     AddDeviceControl(builder, info);
     AddImageFormatControl(builder, info);
@@ -46,13 +47,14 @@ SimCameraPtr BuildLineRoutingModel()
     AddAnalogControl(builder);
     AddLineIO(builder, true);
     AddTimerControl(builder);
+    AddCounterControl(builder);
     return builder.Build();
 }
 
 SimCameraPtr BuildLineSfncModel()
 {
     const ModelInfo info{"PK-SF2300c", "SIM2300S0001", "1.9.0", 1920, 1200, {"BayerRG8", "BayerRG12", "RGB8", "Mono8"},
-                         160.0};
+                         160.0,        3000.0};
     CameraBuilder builder("SIM-LINE-SFNC", info.modelName);
     AddDeviceControl(builder, info);
     AddImageFormatControl(builder, info);
@@ -63,6 +65,7 @@ SimCameraPtr BuildLineSfncModel()
     AddAnalogControl(builder);
     AddLineIO(builder, false);
     AddTimerControl(builder);
+    AddCounterControl(builder);
     return builder.Build();
 }
 

@@ -12,7 +12,8 @@ namespace ZMT::PkoAPI::Sim {
 SimCameraPtr BuildLineOutModel()
 {
     const std::vector<std::string> outputs{"LineOut1", "LineOut2", "LineOut3", "LineOut4"};
-    const ModelInfo info{"PK-LO1600m", "SIM1600L0001", "3.1.2", 1600, 1200, {"Mono8", "Mono10", "Mono12"}, 30.0};
+    const ModelInfo info{"PK-LO1600m", "SIM1600L0001", "3.1.2", 1600, 1200, {"Mono8", "Mono10", "Mono12"},
+                         30.0,         4000.0};
     CameraBuilder builder("SIM-LINEOUT", info.modelName);
     AddDeviceControl(builder, info);
     AddImageFormatControl(builder, info);
@@ -50,8 +51,8 @@ SimCameraPtr BuildLineOutModel()
     builder.AddInteger("LineOutLevels", 0, 0, 15)
         .DisplayName("Line Out Levels")
         .Category(io)
-        .ComputedBy(OutputLevels(outputs, "LineOutSource", "LineOutPolarity", "LineOutLevels", {"LineIn1", "LineIn2"},
-                                 "LineInLevels"));
+        .ComputedBy(LevelMask(outputs));
+    AddCounterControl(builder);
     return builder.Build();
 }
 

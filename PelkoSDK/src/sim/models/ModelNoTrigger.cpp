@@ -8,7 +8,7 @@ namespace ZMT::PkoAPI::Sim {
 
 SimCameraPtr BuildNoTriggerModel()
 {
-    const ModelInfo info{"PK-NT0800c", "SIM0800N0001", "1.0.7", 800, 600, {"RGB8", "BayerGR8", "Mono8"}, 120.0};
+    const ModelInfo info{"PK-NT0800c", "SIM0800N0001", "1.0.7", 800, 600, {"RGB8", "BayerGR8", "Mono8"}, 120.0, 8000.0};
     CameraBuilder builder("SIM-NO-TRIGGER", info.modelName);
     AddDeviceControl(builder, info);
     AddImageFormatControl(builder, info);

@@ -84,11 +84,24 @@ void AddAcquisitionControl(CameraBuilder& builder, const ModelInfo& info, const 
     builder.AddFloat("AcquisitionFrameRate", 30.0, 1.0, info.maxFrameRate, 0.01)
         .DisplayName("Acquisition Frame Rate")
         .Category(kAcquisition);
+    builder.AddFloat("SensorReadoutTime", info.readoutUs, info.readoutUs, info.readoutUs, 1.0)
+        .DisplayName("Sensor Readout Time")
+        .Category(kAcquisition)
+        .ReadOnly();
+    builder
+        .AddEnumeration("AcquisitionStatusSelector",
+                        {"AcquisitionActive", "AcquisitionTriggerWait", "FrameTriggerWait", "ExposureActive"},
+                        "AcquisitionActive")
+        .DisplayName("Acquisition Status Selector")
+        .Category(kAcquisition)
+        .Selects({"AcquisitionStatus"});
     builder.AddBoolean("AcquisitionStatus", false)
         .DisplayName("Acquisition Status")
         .Category(kAcquisition)
         .ReadOnly()
-        .ComputedBy([](const Context& c) { return std::optional<std::string>(FormatBoolean(c.IsAcquiring())); });
+        .ComputedBy([](const Context& c) {
+            return std::optional<std::string>(FormatBoolean(c.Level(c.SelectorEntry("AcquisitionStatus"))));
+        });
 }
 
 FeatureBuilder AddTriggerControl(CameraBuilder& builder, const std::vector<std::string>& selectors,
@@ -192,23 +205,20 @@ void AddLineIO(CameraBuilder& builder, bool withRouting)
         .Notifies({"LineStatus"});
     // The level on the connector: an output shows what drives it (its own
     // stored level only when driven directly), an input what was applied to
-    // it; the inverter inverts either.
+    // it (the stored value); the inverter inverts either. The camera's
+    // signals work that out.
     builder.AddBoolean("LineStatus", false)
         .DisplayName("Line Status")
         .Category(kDigitalIO)
         .WritableWhen([](const Context& c) { return IsOutputLine(c) && c.Text("LineSource") == "Direct"; })
         .ComputedBy([](const Context& c) {
-            bool level = c.Text("LineStatus") == "true";
-            if (IsOutputLine(c)) {
-                const std::string source = c.Text("LineSource");
-                if (source.rfind("UserOutput", 0) == 0)
-                    level = c.TextAt("UserOutputValue", source) == "true";
-                else if (source != "Direct")
-                    level = false;
-            }
-            const bool inverted = c.Text("LineInverter") == "true";
-            return std::optional<std::string>(FormatBoolean(level != inverted));
+            return std::optional<std::string>(FormatBoolean(c.Level(c.SelectorEntry("LineStatus"))));
         });
+    builder.AddInteger("LineStatusAll", 0, 0, 15)
+        .DisplayName("Line Status All")
+        .Category(kDigitalIO)
+        .ReadOnly()
+        .ComputedBy(LevelMask({"Line0", "Line1", "Line2", "Line3"}));
     if (withRouting) {
         builder.AddEnumeration("LineRouting", {"Off", "Trigger"}, "Off")
             .DisplayName("Line Routing")
@@ -238,32 +248,34 @@ void AddTimerControl(CameraBuilder& builder)
         .Category(kTimer);
 }
 
-ValueRule OutputLevels(const std::vector<std::string>& outputs, const std::string& sourceFeature,
-                       const std::string& polarityFeature, const std::string& levelsFeature,
-                       const std::vector<std::string>& inputs, const std::string& inputLevelsFeature)
+void AddCounterControl(CameraBuilder& builder)
+{
+    builder.AddEnumeration("CounterSelector", {"Counter0", "Counter1", "Counter2"}, "Counter0")
+        .DisplayName("Counter Selector")
+        .Category(kTimer)
+        .Selects({"CounterEventSource", "CounterValue"});
+    builder
+        .AddEnumeration("CounterEventSource",
+                        {"Off", "AcquisitionTrigger", "FrameTrigger", "FrameTriggerMissed", "ExposureStart",
+                         "ExposureEnd", "FrameEnd"},
+                        "FrameTrigger")
+        .DisplayName("Counter Event Source")
+        .Category(kTimer)
+        .ValueAt("Counter1", "FrameTriggerMissed")
+        .ValueAt("Counter2", "FrameEnd");
+    builder.AddInteger("CounterValue", 0, 0, 0x7fffffffffffffffLL)
+        .DisplayName("Counter Value")
+        .Category(kTimer)
+        .ReadOnly();
+    builder.AddCommand("CounterReset").DisplayName("Counter Reset").Category(kTimer).Notifies({"CounterValue"});
+}
+
+ValueRule LevelMask(const std::vector<std::string>& lines)
 {
     return [=](const Context& c) -> std::optional<std::string> {
-        long long stored = 0;
-        long long inputLevels = 0;
-        ParseInteger(c.Text(levelsFeature), stored);
-        ParseInteger(c.Text(inputLevelsFeature), inputLevels);
         long long levels = 0;
-        for (std::size_t i = 0; i < outputs.size(); ++i) {
-            const std::string source = c.TextAt(sourceFeature, outputs[i]);
-            bool level = false;
-            if (source == "GPO") {
-                level = ((stored >> i) & 1) != 0;
-            } else if (source == "Acquiring") {
-                level = c.IsAcquiring();
-            } else {
-                for (std::size_t k = 0; k < inputs.size(); ++k) {
-                    if (source == inputs[k])
-                        level = ((inputLevels >> k) & 1) != 0;
-                }
-            }
-            if (c.TextAt(polarityFeature, outputs[i]) == "Invert")
-                level = !level;
-            if (level)
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (c.Level(lines[i]))
                 levels |= 1LL << i;
         }
         return FormatInteger(levels);

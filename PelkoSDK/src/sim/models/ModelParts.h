@@ -18,6 +18,7 @@ struct ModelInfo {
     long long sensorHeight;  // even
     std::vector<std::string> pixelFormats;
     double maxFrameRate;
+    double readoutUs;  // the sensor's readout after each exposure
 };
 
 // "DeviceVendorName", "DeviceModelName", "DeviceSerialNumber",
@@ -27,7 +28,8 @@ void AddDeviceControl(CameraBuilder& builder, const ModelInfo& info);
 // "PixelFormat", "ReverseX", "ReverseY".
 void AddImageFormatControl(CameraBuilder& builder, const ModelInfo& info);
 // "AcquisitionMode", "AcquisitionStart", "AcquisitionStop",
-// "AcquisitionFrameCount", "AcquisitionFrameRate", "AcquisitionStatus".
+// "AcquisitionFrameCount", "AcquisitionFrameRate", "SensorReadoutTime",
+// "AcquisitionStatusSelector" with "AcquisitionStatus".
 // Starting and stopping also notify alsoNotify (features that show whether
 // the camera acquires).
 void AddAcquisitionControl(CameraBuilder& builder, const ModelInfo& info,
@@ -51,14 +53,14 @@ void AddAnalogControl(CameraBuilder& builder);
 void AddLineIO(CameraBuilder& builder, bool withRouting);
 // "TimerSelector" selecting "TimerDuration", "TimerDelay", "TimerTriggerSource".
 void AddTimerControl(CameraBuilder& builder);
-// Output levels of the bit-mask generations ("SyncOutLevels",
-// "LineOutLevels"): bit i belongs to outputs[i]. An output whose source is
-// "GPO" shows its stored bit, one following "Acquiring" the acquisition
-// state, one following inputs[k] bit k of inputLevels, any other 0 (idle);
-// "Invert" polarity inverts the bit.
-ValueRule OutputLevels(const std::vector<std::string>& outputs, const std::string& sourceFeature,
-                       const std::string& polarityFeature, const std::string& levelsFeature,
-                       const std::vector<std::string>& inputs, const std::string& inputLevelsFeature);
+// "CounterSelector" (Counter0..Counter2) selecting "CounterEventSource" and
+// "CounterValue", and "CounterReset". The counters start counting frame
+// triggers, missed frame triggers and frames.
+void AddCounterControl(CameraBuilder& builder);
+// Levels of lines as a bit mask, bit i for lines[i]: "LineStatusAll", and the
+// output levels of the bit-mask generations ("SyncOutLevels",
+// "LineOutLevels", whose "GPO" outputs take the written bits).
+ValueRule LevelMask(const std::vector<std::string>& lines);
 
 }  // namespace ZMT::PkoAPI::Sim
 

@@ -13,7 +13,8 @@ namespace ZMT::PkoAPI::Sim {
 SimCameraPtr BuildSyncOutModel()
 {
     const std::vector<std::string> outputs{"SyncOut1", "SyncOut2", "SyncOut3", "SyncOut4"};
-    const ModelInfo info{"PK-SO0656m", "SIM0656Y0001", "1.36.0", 656, 492, {"Mono8", "Mono12", "Mono12Packed"}, 90.0};
+    const ModelInfo info{"PK-SO0656m", "SIM0656Y0001", "1.36.0", 656, 492, {"Mono8", "Mono12", "Mono12Packed"},
+                         90.0,         5000.0};
     CameraBuilder builder("SIM-SYNCOUT", info.modelName);
     AddDeviceControl(builder, info);
     AddImageFormatControl(builder, info);
@@ -52,8 +53,8 @@ SimCameraPtr BuildSyncOutModel()
     builder.AddInteger("SyncOutLevels", 0, 0, 15)
         .DisplayName("Sync Out Levels")
         .Category(io)
-        .ComputedBy(OutputLevels(outputs, "SyncOutSource", "SyncOutPolarity", "SyncOutLevels", {"SyncIn1", "SyncIn2"},
-                                 "SyncInLevels"));
+        .ComputedBy(LevelMask(outputs));
+    AddCounterControl(builder);
     return builder.Build();
 }
 
