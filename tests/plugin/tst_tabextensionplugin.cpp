@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
+#include <QResource>
 #include <QSet>
 #include <QSignalSpy>
 #include <QVBoxLayout>
@@ -139,6 +140,8 @@ private slots:
     void shouldKeepTheVerificationRecordInItsOwnSection();
     void shouldCarryThePresetImagesAs256PixelPictures_data();
     void shouldCarryThePresetImagesAs256PixelPictures();
+    void shouldStoreThePresetImagesZlibCompressedInFormatVersionOne_data();
+    void shouldStoreThePresetImagesZlibCompressedInFormatVersionOne();
     void shouldUnregisterAndRegisterTheImagesThroughTheResourcePair();
 };
 
@@ -355,6 +358,21 @@ void TabExtensionPluginTest::shouldCarryThePresetImagesAs256PixelPictures()
         }
     }
     QVERIFY(opaqueColours.size() >= 3);
+}
+
+void TabExtensionPluginTest::shouldStoreThePresetImagesZlibCompressedInFormatVersionOne_data()
+{
+    shouldCarryThePresetImagesAs256PixelPictures_data();
+}
+
+void TabExtensionPluginTest::shouldStoreThePresetImagesZlibCompressedInFormatVersionOne()
+{
+    QFETCH(QString, path);
+    const QResource resource(path);
+    QVERIFY(resource.isValid());
+    QCOMPARE(resource.compressionAlgorithm(), QResource::ZlibCompression);
+    // Format version 1 has no modification times; later versions store them.
+    QVERIFY(!resource.lastModified().isValid());
 }
 
 void TabExtensionPluginTest::shouldUnregisterAndRegisterTheImagesThroughTheResourcePair()
