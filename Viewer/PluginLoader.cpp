@@ -1,9 +1,12 @@
 #include "PluginLoader.h"
 
+#include "ElfCheck.h"
 #include "ViewerLog.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 #include <QLocale>
@@ -32,6 +35,17 @@ bool ParseVersion(const QString& text, std::tuple<int, int, int>& version)
     }
     version = std::make_tuple(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt());
     return true;
+}
+
+// The SHA-256 of a file's contents, empty when it cannot be read.
+QByteArray Digest(const QString& filePath)
+{
+    QFile file(filePath);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file)) {
+        return QByteArray();
+    }
+    return hash.result();
 }
 
 }  // namespace
@@ -117,6 +131,20 @@ int PluginLoader::LoadDirectory(const QString& folder)
 bool PluginLoader::LoadFile(const QString& filePath)
 {
     const QString absolutePath = QFileInfo(filePath).absoluteFilePath();
+    // Checked before the dynamic loader maps anything: a broken library
+    // would take the viewer down inside dlopen.
+    const QString elfProblem = ElfCheck::Problem(absolutePath);
+    if (!elfProblem.isEmpty()) {
+        return Refuse(nullptr, absolutePath, QStringLiteral("cannot be loaded (%1)").arg(elfProblem));
+    }
+    const QByteArray digest = Digest(absolutePath);
+    for (const std::unique_ptr<Plugin>& plugin : m_Plugins) {
+        if (!digest.isEmpty() && plugin->digest == digest) {
+            // A copy under another name would add the same tab twice.
+            return Refuse(nullptr, absolutePath,
+                          QStringLiteral("already loaded as %1 (the same library)").arg(plugin->filePath));
+        }
+    }
     std::unique_ptr<QLibrary> library(new QLibrary(absolutePath));
     if (!library->load()) {
         return Refuse(library.get(), absolutePath, QStringLiteral("cannot be loaded (%1)").arg(library->errorString()));
@@ -164,6 +192,7 @@ bool PluginLoader::LoadFile(const QString& filePath)
     if (plugin->baseName.startsWith(QLatin1String("lib"))) {
         plugin->baseName.remove(0, 3);
     }
+    plugin->digest = digest;
     plugin->instance = instance;
     plugin->tabExtension = tabExtension;
     plugin->library = std::move(library);

@@ -30,8 +30,9 @@ public:
     static const char* const kExpectedBuildKey;
 
     struct Plugin {
-        QString filePath;  // absolute path of the library
-        QString baseName;  // "tabextensiontriggerio" for libtabextensiontriggerio.so
+        QString filePath;   // absolute path of the library
+        QString baseName;   // "tabextensiontriggerio" for libtabextensiontriggerio.so
+        QByteArray digest;  // of the file's contents: a copy under another name is the same plug-in
         QPointer<QObject> instance;
         TabExtensionInterface* tabExtension = nullptr;
         std::unique_ptr<QLibrary> library;
@@ -51,6 +52,8 @@ public:
     // Loads one library. Returns true when it was accepted as a tab extension
     // plug-in. On refusal returns false, writes "<file>: <reason>" as a
     // problem line, stores it for LastRefusal() and unloads the library.
+    // A file that is no complete shared library, or a copy of one already
+    // accepted, is refused before it is loaded at all.
     bool LoadFile(const QString& filePath);
 
     // Checks the text of a verification record. Returns "" when the viewer

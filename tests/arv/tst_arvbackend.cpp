@@ -2,6 +2,8 @@
 // a node map of our own: types, ranges and increments, locks, availability,
 // selectors, notifications, polling, frames and concurrent use.
 
+#include "TestTime.h"
+
 #include <PkoAPI/PkoAPI.h>
 
 #include <arv.h>
@@ -1153,12 +1155,12 @@ private slots:
         QCOMPARE(Feature("StepInteger")->RegisterObserver(observer), int(PkoErrorAlreadyRegistered));
 
         QCOMPARE(Feature("AvailSwitch")->SetValue(true), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("AvailSwitch"), 1, 2000);
-        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ModeSelect"), 1, 2000);
-        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("OptionalFloat"), 1, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("AvailSwitch"), 1, TestSupport::Scaled(2000));
+        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ModeSelect"), 1, TestSupport::Scaled(2000));
+        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("OptionalFloat"), 1, TestSupport::Scaled(2000));
 
         QCOMPARE(Feature("ChannelSelector")->SetValue("Channel1"), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ChannelGain"), 1, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ChannelGain"), 1, TestSupport::Scaled(2000));
 
         // Unrelated features stay quiet, also through the following polls.
         QTest::qWait(500);
@@ -1184,7 +1186,7 @@ private slots:
         QCOMPARE(step->RegisterObserver(observer), int(PkoErrorSuccess));
         QCOMPARE(step->SetValue(20LL), int(PkoErrorSuccess));
         QCOMPARE(step->SetValue(24LL), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(raw->Seen().size(), std::size_t(2), 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(raw->Seen().size(), std::size_t(2), TestSupport::Scaled(2000));
         QCOMPARE(raw->Seen().back(), 24LL);
         QCOMPARE(step->UnregisterObserver(observer), int(PkoErrorSuccess));
     }
@@ -1201,7 +1203,7 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(Feature("StepInteger")->SetValue(12LL), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ShadowInteger"), 1, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(raw->CountFor("ShadowInteger"), 1, TestSupport::Scaled(2000));
         QCOMPARE(IntegerOf(shadow), 12LL);
         // Once per change, not once per poll.
         QTest::qWait(600);
@@ -1238,14 +1240,14 @@ private slots:
         QCOMPARE(Feature("PixelFormat")->SetValue("Mono8"), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
         QVERIFY(m_Camera->IsAcquiring());
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 3, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 3, TestSupport::Scaled(5000));
         QCOMPARE(m_Camera->GetLatestFrame(frame), int(PkoErrorSuccess));
         QCOMPARE(frame.width, 320u);
         QCOMPARE(frame.height, 200u);
         QCOMPARE(frame.mono8.size(), std::size_t(320 * 200));
         QVERIFY(frame.id >= 3);
         const unsigned long long first = frame.id;
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() > first, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() > first, TestSupport::Scaled(5000));
         Frame next;
         QCOMPARE(m_Camera->GetLatestFrame(next), int(PkoErrorSuccess));
         QVERIFY(next.id > first);
@@ -1268,7 +1270,7 @@ private slots:
         QCOMPARE(Feature("Height")->SetValue(90LL), int(PkoErrorSuccess));
         QCOMPARE(Feature("PixelFormat")->SetValue(format.toLatin1().constData()), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 2, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 2, TestSupport::Scaled(5000));
         Frame frame;
         QCOMPARE(m_Camera->GetLatestFrame(frame), int(PkoErrorSuccess));
         QCOMPARE(frame.width, 160u);
@@ -1281,7 +1283,7 @@ private slots:
     {
         QCOMPARE(Feature("AcquisitionMode")->SetValue("SingleFrame"), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), TestSupport::Scaled(5000));
         QCOMPARE(m_Camera->FramesDelivered(), 1ULL);
     }
 

@@ -1,6 +1,8 @@
 // The frame API on the simulated cameras, which every viewer shows without
 // any camera attached: a moving grey test pattern at the camera's size.
 
+#include "TestTime.h"
+
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/SimCamera.h>
 
@@ -61,7 +63,7 @@ private slots:
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
 
         QCOMPARE(Feature("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 1ULL, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 1ULL, TestSupport::Scaled(2000));
         Frame first;
         QCOMPARE(m_Camera->GetLatestFrame(first), int(PkoErrorSuccess));
         QCOMPARE(first.id, 1ULL);
@@ -70,7 +72,7 @@ private slots:
         QCOMPARE(first.mono8.size(), std::size_t(64 * 48));
 
         QCOMPARE(Feature("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 2ULL, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 2ULL, TestSupport::Scaled(2000));
         Frame second;
         QCOMPARE(m_Camera->GetLatestFrame(second), int(PkoErrorSuccess));
         QCOMPARE(second.id, 2ULL);
@@ -89,7 +91,7 @@ private slots:
         QCOMPARE(Feature("Height")->SetValue(16LL), int(PkoErrorSuccess));
         QCOMPARE(Feature("AcquisitionMode")->SetValue("SingleFrame"), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), TestSupport::Scaled(3000));
         QCOMPARE(Feature("Width")->SetValue(128LL), int(PkoErrorSuccess));
         Frame frame;
         QCOMPARE(m_Camera->GetLatestFrame(frame), int(PkoErrorSuccess));

@@ -3,6 +3,7 @@
 // it is open.
 
 #include "FakeGvCamera.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 
@@ -108,7 +109,7 @@ private slots:
         const FeaturePtr trigger = Feature("TriggerSoftware");
         for (unsigned long long press = 1; press <= 3; ++press) {
             QCOMPARE(trigger->RunCommand(), int(PkoErrorSuccess));
-            QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), press, 3000);
+            QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), press, TestSupport::Scaled(3000));
             // The camera latches one trigger at 25 Hz: wait it out before the next.
             QTest::qWait(150);
             QCOMPARE(m_Camera->FramesDelivered(), press);
@@ -140,14 +141,14 @@ private slots:
         firstCall.start();
         long long value = 7;
         QCOMPARE(width->GetValue(value), int(PkoErrorTimeout));
-        QVERIFY2(firstCall.elapsed() < 1000, qPrintable(QString::number(firstCall.elapsed())));
+        QVERIFY2(firstCall.elapsed() < TestSupport::Scaled(1000), qPrintable(QString::number(firstCall.elapsed())));
         QCOMPARE(value, 7LL);
         // While that call is stuck, the others fail at once.
         QElapsedTimer stuck;
         stuck.start();
         QCOMPARE(width->SetValue(64LL), int(PkoErrorTimeout));
-        QVERIFY2(stuck.elapsed() < 100, qPrintable(QString::number(stuck.elapsed())));
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
+        QVERIFY2(stuck.elapsed() < TestSupport::Scaled(100), qPrintable(QString::number(stuck.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), TestSupport::Scaled(8000));
 
         // From now on everything fails at once.
         QElapsedTimer burst;
@@ -162,7 +163,7 @@ private slots:
             std::vector<FeaturePtr> features;
             QCOMPARE(m_Camera->GetFeatures(features), int(PkoErrorConnectionLost));
         }
-        QVERIFY2(burst.elapsed() < 500, qPrintable(QString::number(burst.elapsed())));
+        QVERIFY2(burst.elapsed() < TestSupport::Scaled(500), qPrintable(QString::number(burst.elapsed())));
         QVERIFY(m_Camera->IsOpen());
         QCOMPARE(width->RegisterObserver(IFeatureObserverPtr(new NullObserver)), int(PkoErrorConnectionLost));
         // A client can still clean up its observers.
@@ -171,7 +172,7 @@ private slots:
         QElapsedTimer closing;
         closing.start();
         QCOMPARE(m_Camera->Close(), int(PkoErrorSuccess));
-        QVERIFY2(closing.elapsed() < 1000, qPrintable(QString::number(closing.elapsed())));
+        QVERIFY2(closing.elapsed() < TestSupport::Scaled(1000), qPrintable(QString::number(closing.elapsed())));
         QVERIFY(!m_Camera->IsConnectionLost());
         QCOMPARE(width->GetValue(value), int(PkoErrorBadHandle));
         m_Camera = CameraPtr();
@@ -190,11 +191,11 @@ private slots:
         call.start();
         long long value = 7;
         QCOMPARE(height->GetValue(value), int(PkoErrorTimeout));
-        QVERIFY2(call.elapsed() < 1000, qPrintable(QString::number(call.elapsed())));
+        QVERIFY2(call.elapsed() < TestSupport::Scaled(1000), qPrintable(QString::number(call.elapsed())));
         QCOMPARE(value, 7LL);
         // The call goes on without its caller until Aravis gives up on the
         // camera, which is then known to be lost.
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), TestSupport::Scaled(8000));
         QCOMPARE(height->GetValue(value), int(PkoErrorConnectionLost));
         QCOMPARE(value, 7LL);
     }
@@ -229,7 +230,7 @@ private slots:
         // Once the stuck read is answered, calls work again, and the write
         // whose caller gave up never reached the camera.
         long long after = 0;
-        QTRY_COMPARE_WITH_TIMEOUT(height->GetValue(after), int(PkoErrorSuccess), 8000);
+        QTRY_COMPARE_WITH_TIMEOUT(height->GetValue(after), int(PkoErrorSuccess), TestSupport::Scaled(8000));
         QCOMPARE(after, before);
         QVERIFY(!m_Camera->IsConnectionLost());
         QCOMPARE(height->SetValue(other), int(PkoErrorSuccess));
@@ -265,13 +266,13 @@ private slots:
             const int result = height->GetValue(value);
             QVERIFY2(result == PkoErrorTimeout || result == PkoErrorConnectionLost,
                      qPrintable(QString::number(result)));
-            QVERIFY2(call.elapsed() < 1000, qPrintable(QString::number(call.elapsed())));
+            QVERIFY2(call.elapsed() < TestSupport::Scaled(1000), qPrintable(QString::number(call.elapsed())));
         }
 
         // The background thread gave up on its own call the same way.
         background.join();
         QCOMPARE(backgroundResult.load(), int(PkoErrorTimeout));
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), TestSupport::Scaled(8000));
         for (int i = 0; i < 5; ++i) {
             long long value = 0;
             QCOMPARE(height->GetValue(value), int(PkoErrorConnectionLost));
@@ -284,12 +285,12 @@ private slots:
     {
         // No call and no observer: only the link's own heartbeat can tell.
         QCOMPARE(::kill(m_Fake->Pid(), SIGKILL), 0);
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), 15000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->IsConnectionLost(), TestSupport::Scaled(15000));
         QElapsedTimer call;
         call.start();
         QCOMPARE(Feature("Width"), FeaturePtr());
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorConnectionLost));
-        QVERIFY2(call.elapsed() < 200, qPrintable(QString::number(call.elapsed())));
+        QVERIFY2(call.elapsed() < TestSupport::Scaled(200), qPrintable(QString::number(call.elapsed())));
     }
 };
 

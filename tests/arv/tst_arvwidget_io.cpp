@@ -6,6 +6,7 @@
 #include "ArvTabFixture.h"
 #include "CameraPeer.h"
 #include "FakeGvCamera.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 
@@ -270,7 +271,7 @@ void TestArvWidgetIo::shouldShowChangesMadeBehindTheTabsBackWithinASecondAndAHal
         QCOMPARE(CurrentEntry(fixture.Camera(), selector), entry);
 
     QCOMPARE(WriteBehindTheTab(fixture.Camera(), feature, value), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(seen(), shown, 1500);
+    QTRY_COMPARE_WITH_TIMEOUT(seen(), shown, TestSupport::Scaled(1500));
 }
 
 // The camera changes an output by itself: the second output follows
@@ -288,9 +289,9 @@ void TestArvWidgetIo::shouldShowAnOutputFollowingTheAcquisitionWithinASecondAndA
     QVERIFY(!status->isChecked());
 
     QCOMPARE(fixture.Camera()->StartAcquisition(), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(status->isChecked(), 1500);
+    QTRY_VERIFY_WITH_TIMEOUT(status->isChecked(), TestSupport::Scaled(1500));
     QCOMPARE(fixture.Camera()->StopAcquisition(), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(!status->isChecked(), 1500);
+    QTRY_VERIFY_WITH_TIMEOUT(!status->isChecked(), TestSupport::Scaled(1500));
 }
 
 void TestArvWidgetIo::shouldDeliverExactlyOneFramePerSoftwareTriggerPress()
@@ -305,7 +306,7 @@ void TestArvWidgetIo::shouldDeliverExactlyOneFramePerSoftwareTriggerPress()
     ArvTabFixture::Settle(fixture.TabWidget());
     QVERIFY(!trigger->isEnabled());
     QVERIFY(ArvTabFixture::ChooseWithMouse(source, "Software"));
-    QTRY_VERIFY_WITH_TIMEOUT(trigger->isEnabled(), 1500);
+    QTRY_VERIFY_WITH_TIMEOUT(trigger->isEnabled(), TestSupport::Scaled(1500));
     QVERIFY(ArvTabFixture::ChooseWithMouse(mode, "On"));
     ArvTabFixture::Settle(fixture.TabWidget());
     QCOMPARE(source->currentText(), QString("Software"));
@@ -319,7 +320,7 @@ void TestArvWidgetIo::shouldDeliverExactlyOneFramePerSoftwareTriggerPress()
     QCOMPARE(start, 0ULL);
     for (unsigned long long press = 1; press <= 3; ++press) {
         QTest::mouseClick(trigger, Qt::LeftButton);
-        QTRY_COMPARE_WITH_TIMEOUT(camera->FramesDelivered(), start + press, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(camera->FramesDelivered(), start + press, TestSupport::Scaled(2000));
         // No second frame follows the same press.
         QTest::qWait(150);
         QCOMPARE(camera->FramesDelivered(), start + press);

@@ -1,5 +1,6 @@
 #include "RecordingObserver.h"
 #include "SdkTestSupport.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -48,7 +49,7 @@ private slots:
         QVERIFY(!m_Camera->IsAcquiring());
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
         QVERIFY(m_Camera->IsAcquiring());
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 3, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 3, TestSupport::Scaled(kTimeoutMs));
         QCOMPARE(m_Camera->StopAcquisition(), int(PkoErrorSuccess));
         QVERIFY(!m_Camera->IsAcquiring());
     }
@@ -59,7 +60,7 @@ private slots:
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
         for (int i = 0; i < 5; ++i)
             QCOMPARE(F("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 5ULL, kTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 5ULL, TestSupport::Scaled(kTimeoutMs));
         QCOMPARE(m_Camera->SoftwareTriggers(), 5ULL);
         QVERIFY(m_Camera->IsAcquiring());
     }
@@ -92,10 +93,10 @@ private slots:
 
         for (int i = 0; i < 2; ++i)
             QCOMPARE(F("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 2ULL, kTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(m_Camera->FramesDelivered(), 2ULL, TestSupport::Scaled(kTimeoutMs));
         QVERIFY(m_Camera->IsAcquiring());
         QCOMPARE(F("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), TestSupport::Scaled(kTimeoutMs));
         QCOMPARE(m_Camera->FramesDelivered(), 3ULL);
         QVERIFY(m_Camera->WaitForNotifications(kTimeoutMs));
         const auto calls = recorder->Calls();
@@ -114,7 +115,7 @@ private slots:
         QCOMPARE(F("AcquisitionFrameRate")->SetValue(160.0), int(PkoErrorSuccess));
         QCOMPARE(Set("AcquisitionMode", "SingleFrame"), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), TestSupport::Scaled(kTimeoutMs));
         QCOMPARE(m_Camera->FramesDelivered(), 1ULL);
     }
 
@@ -127,7 +128,7 @@ private slots:
             QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
             QCOMPARE(F("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
             QCOMPARE(F("TriggerSoftware")->RunCommand(), int(PkoErrorSuccess));
-            QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), kTimeoutMs);
+            QTRY_VERIFY_WITH_TIMEOUT(!m_Camera->IsAcquiring(), TestSupport::Scaled(kTimeoutMs));
             QCOMPARE(m_Camera->FramesDelivered(), 2ULL * round);
         }
     }
@@ -177,7 +178,7 @@ private slots:
     {
         QCOMPARE(F("AcquisitionFrameRate")->SetValue(160.0), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 1, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 1, TestSupport::Scaled(kTimeoutMs));
         QCOMPARE(m_Camera->Close(), int(PkoErrorSuccess));
         QVERIFY(!m_Camera->IsAcquiring());
         QCOMPARE(m_Camera->Open(), int(PkoErrorSuccess));
@@ -191,7 +192,7 @@ private slots:
         QVERIFY(camera);
         QCOMPARE(FeatureOf(camera, "AcquisitionFrameRate")->SetValue(120.0), int(PkoErrorSuccess));
         QCOMPARE(camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(camera->FramesDelivered() >= 2, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(camera->FramesDelivered() >= 2, TestSupport::Scaled(kTimeoutMs));
     }
 
     void shouldFreeRunOnAFreeRunningTriggerSource()
@@ -202,7 +203,7 @@ private slots:
         QCOMPARE(FeatureOf(camera, "TriggerMode")->SetValue("On"), int(PkoErrorSuccess));
         QCOMPARE(TextOf(FeatureOf(camera, "TriggerSource")), std::string("Freerun"));
         QCOMPARE(camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(camera->FramesDelivered() >= 2, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(camera->FramesDelivered() >= 2, TestSupport::Scaled(kTimeoutMs));
     }
 
     void shouldEndCleanlyWhenDestroyedWhileAcquiringWithObservers()
@@ -212,7 +213,7 @@ private slots:
         QCOMPARE(F("AcquisitionFrameRate")->SetValue(160.0), int(PkoErrorSuccess));
         QCOMPARE(F("AcquisitionStatus")->RegisterObserver(observer), int(PkoErrorSuccess));
         QCOMPARE(m_Camera->StartAcquisition(), int(PkoErrorSuccess));
-        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 1, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(m_Camera->FramesDelivered() >= 1, TestSupport::Scaled(kTimeoutMs));
         FeaturePtr kept = F("AcquisitionStatus");
         m_Camera.reset();
         bool status = true;

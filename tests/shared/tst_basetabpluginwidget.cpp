@@ -3,6 +3,7 @@
 #include "PluginFeatureObserver.h"
 #include "RecordingTabWidget.h"
 #include "SimTestSupport.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -585,7 +586,7 @@ void TestBaseTabPluginWidget::shouldTickEverySecondWhileShown()
     widget.show();
     QCOMPARE(widget.m_Calls.size(), 1);
 
-    QTRY_COMPARE_WITH_TIMEOUT(widget.m_Calls.size(), 2, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(widget.m_Calls.size(), 2, TestSupport::Scaled(3000));
     QCOMPARE(widget.m_Calls.at(1), AllWatchedOnCamera());
     widget.hide();
     QVERIFY(!widget.m_UpdateTimer->isActive());

@@ -1,5 +1,6 @@
 #include "ChangeRecorder.h"
 #include "PluginFeatureObserver.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -258,7 +259,7 @@ void TestPluginFeatureObserver::shouldQueueTenCallsFromAnotherThreadIntoTheGuiTh
 
     // Nothing runs before the GUI thread's event loop does: the calls are queued.
     QCOMPARE(recorder.m_Changes.size(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 10, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 10, TestSupport::Scaled(3000));
     QCoreApplication::processEvents();
     QCOMPARE(recorder.m_Changes.size(), 10);
     for (int i = 0; i < 10; ++i) {
@@ -293,7 +294,7 @@ void TestPluginFeatureObserver::shouldDeliverSdkNotificationsIntoTheGuiThread()
     QVERIFY(camera->WaitForNotifications(3000));
 
     QCOMPARE(recorder.m_Changes.size(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 10, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 10, TestSupport::Scaled(3000));
     QCOMPARE(offGuiEmissions.load(), 10);
     QCOMPARE(recorder.m_Changes.last(), qMakePair(QString("Negative"), QString("10")));
     for (QThread* thread : recorder.m_Threads)
@@ -301,7 +302,7 @@ void TestPluginFeatureObserver::shouldDeliverSdkNotificationsIntoTheGuiThread()
 
     QCOMPARE(camera->ChangeFromCamera("Negative", "-7"), int(Pko::PkoErrorSuccess));
     QVERIFY(camera->WaitForNotifications(3000));
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 11, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.m_Changes.size(), 11, TestSupport::Scaled(3000));
     QCOMPARE(recorder.m_Changes.last(), qMakePair(QString("Negative"), QString("-7")));
 
     QCOMPARE(feature->UnregisterObserver(sdkView), int(Pko::PkoErrorSuccess));

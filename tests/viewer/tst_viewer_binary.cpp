@@ -1,6 +1,8 @@
 // The real PelkoViewer program: camera list, screenshots under Xvfb in
 // English and German, the offscreen fall-back without display, and errors.
 
+#include "TestTime.h"
+
 #include <PkoAPI/Sim/CameraBuilder.h>
 
 #include <QDir>
@@ -209,7 +211,7 @@ void ViewerBinaryTest::shouldExitWithAnErrorSoonForAGenicamCameraThatDoesNotAnsw
                           {QStringLiteral("--camera"), QStringLiteral("ARV:127.0.0.9"), QStringLiteral("--screenshot"),
                            m_Folder->filePath(QStringLiteral("never-arv.png"))},
                           CleanEnvironment());
-    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < TestSupport::Scaled(20000), qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(run.exitCode, 2);
     QVERIFY2(run.errors.contains(QStringLiteral("PelkoViewer: No camera with ID ARV:127.0.0.9")),
              qPrintable(run.errors));

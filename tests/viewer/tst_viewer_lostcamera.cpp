@@ -5,6 +5,7 @@
 #include "LiveImageView.h"
 #include "MainWindow.h"
 #include "PluginLoader.h"
+#include "TestTime.h"
 #include "ViewerLog.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -85,7 +86,7 @@ void LostCameraTest::shouldReportALostCameraWithoutFreezing()
     // The live image runs on the GenICam camera too.
     window.ToggleAcquisition();
     QVERIFY(window.IsStreaming());
-    QTRY_VERIFY_WITH_TIMEOUT(window.LiveView()->ShownFrameId() >= 2, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(window.LiveView()->ShownFrameId() >= 2, TestSupport::Scaled(10000));
 
     // Killed by pid behind the fixture's back, which keeps the loopback lock
     // so that no other camera answers in its place.
@@ -99,11 +100,11 @@ void LostCameraTest::shouldReportALostCameraWithoutFreezing()
     ticker.setInterval(20);
     connect(&ticker, &QTimer::timeout, [&]() { longestGap = qMax(longestGap, sinceTick.restart()); });
     ticker.start();
-    QTRY_VERIFY_WITH_TIMEOUT(window.IsCameraLost(), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(window.IsCameraLost(), TestSupport::Scaled(20000));
     ticker.stop();
     // Qt's message handler may be silenced by the plug-in.
     std::cout << "longest pause of the event loop: " << longestGap << " ms" << std::endl;
-    QVERIFY2(longestGap < 1500, qPrintable(QString::number(longestGap)));
+    QVERIFY2(longestGap < TestSupport::Scaled(1500), qPrintable(QString::number(longestGap)));
 
     const QString expected = QStringLiteral("Camera %1 was lost").arg(id);
     QCOMPARE(window.statusBar()->currentMessage(), expected);
@@ -121,7 +122,7 @@ void LostCameraTest::shouldReportALostCameraWithoutFreezing()
     QElapsedTimer closing;
     closing.start();
     window.CloseCamera();
-    QVERIFY2(closing.elapsed() < 2000, qPrintable(QString::number(closing.elapsed())));
+    QVERIFY2(closing.elapsed() < TestSupport::Scaled(2000), qPrintable(QString::number(closing.elapsed())));
     QVERIFY(!window.Camera());
     QVERIFY(!window.IsCameraLost());
 }

@@ -53,6 +53,15 @@ int CopyWithOtherBuildKey(const QString& from, const QString& to)
     return replaced;
 }
 
+// The first bytes of the library, as a copy that broke off.
+bool CopyTruncated(const QString& from, const QString& to, qint64 bytes)
+{
+    QFile source(from);
+    QFile target(to);
+    return source.open(QIODevice::ReadOnly) && target.open(QIODevice::WriteOnly) &&
+           target.write(source.read(bytes)) == bytes;
+}
+
 bool WriteTextFile(const QString& path, const QByteArray& text)
 {
     QFile file(path);
@@ -77,6 +86,9 @@ private slots:
     void shouldCheckTheVerificationRecord_data();
     void shouldCheckTheVerificationRecord();
     void shouldDeliverTheStreamingSignalToEveryWidget();
+    void shouldRefuseATruncatedLibraryWithoutLoadingIt_data();
+    void shouldRefuseATruncatedLibraryWithoutLoadingIt();
+    void shouldRefuseACopyOfALoadedPluginAsAlreadyLoaded();
 
 private:
     // Inside bin/, so that a copied plug-in finds the SDK library through
@@ -252,6 +264,44 @@ void PluginLoaderTest::shouldDeliverTheStreamingSignalToEveryWidget()
     QVERIFY(firstHint->isHidden());
     QVERIFY(secondHint->isHidden());
     camera->Close();
+}
+
+void PluginLoaderTest::shouldRefuseATruncatedLibraryWithoutLoadingIt_data()
+{
+    QTest::addColumn<qint64>("bytes");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("128 KiB") << qint64(128 * 1024) << "loadable segment";
+    QTest::newRow("the ELF header only") << qint64(64) << "program headers";
+    QTest::newRow("half the header") << qint64(32) << "not an ELF file";
+}
+
+void PluginLoaderTest::shouldRefuseATruncatedLibraryWithoutLoadingIt()
+{
+    QFETCH(qint64, bytes);
+    QFETCH(QString, reason);
+    const QString path = QDir(m_Folder->path()).filePath(QStringLiteral("libtruncated.so"));
+    QVERIFY(CopyTruncated(QStringLiteral(PKO_PLUGIN_FILE), path, bytes));
+    ViewerLog log;
+    PluginLoader loader(log);
+    QVERIFY(!loader.LoadFile(path));
+    QVERIFY2(loader.LastRefusal().startsWith(path + QStringLiteral(": skipped, cannot be loaded (")),
+             qPrintable(loader.LastRefusal()));
+    QVERIFY2(loader.LastRefusal().contains(reason), qPrintable(loader.LastRefusal()));
+    QVERIFY(loader.Plugins().empty());
+}
+
+void PluginLoaderTest::shouldRefuseACopyOfALoadedPluginAsAlreadyLoaded()
+{
+    const QDir folder(m_Folder->path());
+    QVERIFY(CopyFile(QStringLiteral(PKO_PLUGIN_FILE), folder.filePath(QStringLiteral("libtabextensiontriggerio.so"))));
+    QVERIFY(CopyFile(QStringLiteral(PKO_PLUGIN_FILE), folder.filePath(QStringLiteral("libtriggerio_copy.so"))));
+    ViewerLog log;
+    PluginLoader loader(log);
+    QCOMPARE(loader.LoadDirectory(folder.path()), 1);
+    QCOMPARE(loader.Plugins().size(), std::size_t(1));
+    QCOMPARE(loader.LastRefusal(),
+             folder.filePath(QStringLiteral("libtriggerio_copy.so: skipped, already loaded as ")) +
+                 folder.filePath(QStringLiteral("libtabextensiontriggerio.so (the same library)")));
 }
 
 QTEST_MAIN(PluginLoaderTest)

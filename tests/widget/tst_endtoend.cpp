@@ -5,6 +5,7 @@
 
 #include "SyncProbeWidget.h"
 #include "SyncTestSupport.h"
+#include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/CameraBuilder.h>
@@ -116,7 +117,7 @@ void TestEndToEnd::shouldShowAChangeMadeByTheViewerWithinOneAndAHalfSeconds()
 
     QCOMPARE(WriteFromViewer(camera, "TriggerSource", "Software"), 0);
 
-    QTRY_COMPARE_WITH_TIMEOUT(source->currentText(), QString("Software"), 1500);
+    QTRY_COMPARE_WITH_TIMEOUT(source->currentText(), QString("Software"), TestSupport::Scaled(1500));
     QVERIFY(swTrigger->isEnabled());
     // The refresh wrote nothing back, neither at that tick nor at the next.
     QVERIFY(WaitForNextTick(*tab));
@@ -152,7 +153,7 @@ void TestEndToEnd::shouldRefreshOnceForAThousandChangesBetweenTwoTicks()
     QCOMPARE(refused, 0);
     QVERIFY(camera->WaitForNotifications(3000));
 
-    QTRY_COMPARE_WITH_TIMEOUT(HandOversHolding(*tab, "TriggerActivation"), 1, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(HandOversHolding(*tab, "TriggerActivation"), 1, TestSupport::Scaled(3000));
     QVERIFY(WaitForNextTick(*tab));
 
     int mostInOne = 0;
@@ -235,7 +236,7 @@ void TestEndToEnd::shouldRebuildWorkingOutputRowsWhenTheViewerSwitchesALineToOut
     });
     QCOMPARE(result, 0);
 
-    QTRY_COMPARE_WITH_TIMEOUT(tab->Outputs(), QStringList({"Line1", "Line2", "Line3"}), 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(tab->Outputs(), QStringList({"Line1", "Line2", "Line3"}), TestSupport::Scaled(3000));
     QVERIFY(WaitForQuietTick(*tab));
     for (int i = 0; i < 3; ++i) {
         QLabel* label = tab->findChild<QLabel*>(QString("l_Out_%1").arg(i));
@@ -291,7 +292,7 @@ void TestEndToEnd::shouldShowAnInputLevelChangedByTheCameraWithoutWritingBack()
     // A signal arrives at the input.
     QCOMPARE(ChangeFromCamera(camera, "SyncInLevels=1"), 0);
 
-    QTRY_VERIFY_WITH_TIMEOUT(status->isChecked(), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(status->isChecked(), TestSupport::Scaled(3000));
     QVERIFY(!status->isEnabled());
     QVERIFY(WaitForNextTick(*tab));
     QCOMPARE(WritesBy(camera->Journal(), "camera"), QStringList({"SyncInLevels=1"}));
@@ -310,7 +311,7 @@ void TestEndToEnd::shouldHandAnInputLineToggledByTheCameraToTheTabWithoutWriting
 
     QCOMPARE(ChangeFromCamera(camera, "LineStatus[Line0]=true"), 0);
 
-    QTRY_COMPARE_WITH_TIMEOUT(HandOversHolding(*tab, "LineStatus"), 1, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(HandOversHolding(*tab, "LineStatus"), 1, TestSupport::Scaled(3000));
     QVERIFY(WaitForNextTick(*tab));
     // The status refresh reads the outputs through the selector and puts it
     // back; the input's level stays the camera's.
@@ -354,12 +355,12 @@ void TestEndToEnd::shouldFollowAMultiFrameAcquisitionThatEndsByItself()
     QCOMPARE(result, 0);
 
     // Locked while it runs ...
-    QTRY_VERIFY_WITH_TIMEOUT(!mode->isEnabled(), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(!mode->isEnabled(), TestSupport::Scaled(3000));
     QVERIFY(!edge->isEnabled());
     QVERIFY(!bulk->isEnabled());
     QVERIFY(!frameCount->isVisible());
     // ... and free again once the camera has stopped by itself.
-    QTRY_VERIFY_WITH_TIMEOUT(mode->isEnabled(), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(mode->isEnabled(), TestSupport::Scaled(3000));
     QVERIFY(!camera->IsAcquiring());
     QCOMPARE(mode->currentText(), QString("MultiFrame"));
     QVERIFY(edge->isEnabled());
@@ -459,7 +460,7 @@ void TestEndToEnd::shouldCarryTheUsersTriggerSourceChoiceThroughTheWholeChain()
 
     // 5. The next tick refills the source combo with "Line1" current and
     //    turns "SW Trigger" off.
-    QTRY_VERIFY_WITH_TIMEOUT(!refreshedWith.isEmpty(), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(!refreshedWith.isEmpty(), TestSupport::Scaled(3000));
     QCOMPARE(refreshedWith, QStringList({"TriggerSource"}));
     QVERIFY(swTriggerBefore);
     QVERIFY(!swTriggerAfter);
