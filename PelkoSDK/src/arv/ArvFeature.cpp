@@ -355,17 +355,8 @@ int ArvFeature::GetValues(const char** entries, unsigned int& count)
     return Describe([&]() -> int {
         if (m_Info.type != PkoFeatureDataEnum)
             return PkoErrorWrongType;
-        const auto size = static_cast<unsigned int>(m_EntryPointers.size());
-        if (entries == nullptr) {
-            count = size;
-            return PkoErrorSuccess;
-        }
-        if (count < size)
-            return PkoErrorMoreData;
-        for (unsigned int i = 0; i < size; ++i)
-            entries[i] = m_EntryPointers[i];
-        count = size;
-        return PkoErrorSuccess;
+        return CopyEntries(
+            m_EntryPointers, [](const char* entry) { return entry; }, entries, count);
     });
 }
 

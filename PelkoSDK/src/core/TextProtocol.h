@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace ZMT::PkoAPI {
 
@@ -24,6 +25,25 @@ inline int CopyText(const std::string& text, char* buffer, unsigned int& length)
     if (length > size)
         buffer[size] = '\0';
     length = size;
+    return PkoErrorSuccess;
+}
+
+// The same protocol for the entries of an enumeration: a null array asks for
+// the count; an array of count pointers gets them (pointing into from, via
+// text); a smaller one is left untouched.
+template <class Entry, class Text>
+int CopyEntries(const std::vector<Entry>& from, Text text, const char** entries, unsigned int& count)
+{
+    const auto size = static_cast<unsigned int>(from.size());
+    if (entries == nullptr) {
+        count = size;
+        return PkoErrorSuccess;
+    }
+    if (count < size)
+        return PkoErrorMoreData;
+    for (unsigned int i = 0; i < size; ++i)
+        entries[i] = text(from[i]);
+    count = size;
     return PkoErrorSuccess;
 }
 

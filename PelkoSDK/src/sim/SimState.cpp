@@ -347,17 +347,8 @@ int SimState::GetValues(int index, const std::vector<std::string>& storage, cons
         return fault;
     if (m_Slots[index].decl.dataType != PkoFeatureDataEnum || m_Slots[index].decl.opaque)
         return PkoErrorWrongType;
-    const auto size = static_cast<unsigned int>(storage.size());
-    if (entries == nullptr) {
-        count = size;
-        return PkoErrorSuccess;
-    }
-    if (count < size)
-        return PkoErrorMoreData;
-    for (unsigned int i = 0; i < size; ++i)
-        entries[i] = storage[i].c_str();
-    count = size;
-    return PkoErrorSuccess;
+    return CopyEntries(
+        storage, [](const std::string& entry) { return entry.c_str(); }, entries, count);
 }
 
 int SimState::IsValueAvailable(int index, const char* entry, bool& available) const
