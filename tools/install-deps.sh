@@ -9,6 +9,7 @@ packages=(
   xvfb xauth x11-utils iproute2 util-linux
   libaravis-dev aravis-tools aravis-tools-cli libusb-1.0-0-dev pkg-config
   fonts-dejavu-core
+  dpkg-dev file lintian
 )
 missing=()
 for p in "${packages[@]}"; do
