@@ -1,5 +1,6 @@
 // PelkoViewer: opens a camera of the SDK and shows it with the tab extension
-// plug-ins found in plugins/ beside the program.
+// plug-ins found in plugins/ beside the program (build folder) or in the
+// viewer's folder under the library folder (installed).
 
 #include "CameraListDialog.h"
 #include "MainWindow.h"
@@ -35,6 +36,25 @@ bool HasDisplay()
 {
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+// The folder that holds plugins/: beside the program in the build folder,
+// otherwise the installed viewer's folder, found from the program's own
+// folder so that an unpacked package works wherever it lies. The plug-ins
+// look for their translations in "plugins/" of the working folder, so the
+// viewer works from here.
+QString HomeFolder()
+{
+    const QDir programFolder(QCoreApplication::applicationDirPath());
+    if (programFolder.exists(QStringLiteral("plugins"))) {
+        return programFolder.absolutePath();
+    }
+    const QDir installed(QDir::cleanPath(programFolder.absoluteFilePath(QStringLiteral(PKO_HOME_FROM_BINDIR))));
+    if (installed.exists(QStringLiteral("plugins"))) {
+        return installed.absolutePath();
+    }
+    // Neither: the loader reports the missing plugins/ beside the program.
+    return programFolder.absolutePath();
 }
 
 int ListCameras(int argc, char** argv)
@@ -86,12 +106,11 @@ int main(int argc, char** argv)
     parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption});
     parser.process(app);
 
-    // Relative to where the user started us, before we move.
+    // Every path the user gave is relative to where we were started: resolve
+    // them all before we move.
     const QString screenshotPath =
         parser.isSet(screenshotOption) ? QFileInfo(parser.value(screenshotOption)).absoluteFilePath() : QString();
-    // plugins/ and the translations are found beside the program however it
-    // was started.
-    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    QDir::setCurrent(HomeFolder());
 
     ViewerLog log;
     PluginLoader plugins(log);

@@ -10,6 +10,7 @@ packages=(
   libaravis-dev aravis-tools aravis-tools-cli libusb-1.0-0-dev pkg-config
   fonts-dejavu-core
   clang libclang-rt-14-dev
+  dpkg-dev file lintian
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Runs the whole test suite twice: a strict build (-Werror), then one with the
 # address and undefined-behaviour sanitizers. --no-sanitizer skips the second.
+# Between the two, the strict build is packed into Debian packages, which are
+# checked with lintian and tested unpacked (tools/test-packages.sh).
 #
 # The tests start fake GigE Vision cameras on 127.0.0.1, and camera discovery
 # broadcasts on every network interface. So the suite runs in a network
@@ -35,7 +37,11 @@ run_suite() {
 }
 
 echo "== strict build and tests"
-run_suite "$root/build-test"
+# Configured for /usr like the packages, so that packing rebuilds nothing.
+run_suite "$root/build-test" -DCMAKE_INSTALL_PREFIX=/usr
+echo "== packages"
+"$root/tools/package.sh" "$root/build-test"
+"$root/tools/test-packages.sh" "$root/build-test"
 if [ "${1:-}" != "--no-sanitizer" ]; then
   echo "== sanitizer build and tests"
   ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
