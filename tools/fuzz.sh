@@ -19,14 +19,22 @@ fi
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DPKO_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]}"
 mkdir -p "$build/crashes"
-status=0
+# All targets at once: each runs for its time on whatever the machine gives.
+pids=()
 for target in "${targets[@]}"; do
   name=${target#fuzz_}
   mkdir -p "$build/corpus/$name"
-  log=$build/$target.log
   # Qt's offscreen platform, for targets that make widgets.
-  if QT_QPA_PLATFORM=offscreen "$build/bin/$target" -max_total_time="$seconds" -print_final_stats=1 \
-       -artifact_prefix="$build/crashes/$target-" "$build/corpus/$name" "$root/tests/fuzz/corpus/$name" >"$log" 2>&1; then
+  QT_QPA_PLATFORM=offscreen "$build/bin/$target" -max_total_time="$seconds" -print_final_stats=1 \
+    -artifact_prefix="$build/crashes/$target-" "$build/corpus/$name" "$root/tests/fuzz/corpus/$name" \
+    >"$build/$target.log" 2>&1 &
+  pids+=($!)
+done
+status=0
+for i in "${!targets[@]}"; do
+  target=${targets[$i]}
+  log=$build/$target.log
+  if wait "${pids[$i]}"; then
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
     echo "$target: ${runs:-?} executions in ${seconds} s, no crash"
   else
