@@ -13,6 +13,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QImageWriter>
 #include <QStringList>
 
 #include <cstring>
@@ -55,6 +56,35 @@ QString HomeFolder()
     }
     // Neither: the loader reports the missing plugins/ beside the program.
     return programFolder.absolutePath();
+}
+
+// What is wrong with the options given, "" when nothing: a value that is
+// empty or given twice would otherwise be taken silently (and an empty
+// screenshot path leaves a viewer without display running for ever).
+QString OptionProblem(const QCommandLineParser& parser, const QCommandLineOption& camera,
+                      const QCommandLineOption& screenshot)
+{
+    for (const QCommandLineOption* option : {&camera, &screenshot}) {
+        const QString name = QStringLiteral("--") + option->names().first();
+        const QStringList values = parser.values(*option);
+        if (values.size() > 1) {
+            return QStringLiteral("%1 given %2 times (%3); give it once")
+                .arg(name)
+                .arg(values.size())
+                .arg(values.join(QStringLiteral(", ")));
+        }
+        if (values.size() == 1 && values.first().trimmed().isEmpty()) {
+            return QStringLiteral("%1 needs a value, got an empty one").arg(name);
+        }
+    }
+    if (parser.isSet(screenshot)) {
+        const QString suffix = QFileInfo(parser.value(screenshot)).suffix().toLower();
+        if (!QImageWriter::supportedImageFormats().contains(suffix.toLatin1())) {
+            return QStringLiteral("--screenshot %1: \"%2\" is no picture format this viewer can write (use .png)")
+                .arg(parser.value(screenshot), suffix);
+        }
+    }
+    return QString();
 }
 
 int ListCameras(int argc, char** argv)
@@ -105,6 +135,11 @@ int main(int argc, char** argv)
                                          QStringLiteral("Start the camera's acquisition once it is open."));
     parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption});
     parser.process(app);
+    const QString problem = OptionProblem(parser, cameraOption, screenshotOption);
+    if (!problem.isEmpty()) {
+        std::cerr << "PelkoViewer: " << problem.toLocal8Bit().constData() << "\n";
+        return 2;
+    }
 
     // Every path the user gave is relative to where we were started: resolve
     // them all before we move.

@@ -83,12 +83,49 @@ private slots:
     void shouldDropTheTabOfACameraWithoutTriggerFeatures();
     void shouldShowTheMovingPictureOfACameraStartedFromTheCommandLine();
     void shouldExitWithAnErrorForAnUnknownCamera();
+    void shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat_data();
+    void shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat();
     void shouldExitWithAnErrorSoonForAGenicamCameraThatDoesNotAnswer();
 
 private:
     QString m_Viewer;
     std::unique_ptr<QTemporaryDir> m_Folder;
 };
+
+void ViewerBinaryTest::shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("empty screenshot") << QStringList{"--screenshot", ""} << "--screenshot needs a value";
+    QTest::newRow("empty camera") << QStringList{"--camera", "", "--screenshot", "x.png"} << "--camera needs a value";
+    QTest::newRow("camera twice") << QStringList{"--camera",    "SIM-LINE-SFNC", "--camera",
+                                                 "SIM-SYNCOUT", "--screenshot",  "x.png"}
+                                  << "--camera given 2 times (SIM-LINE-SFNC, SIM-SYNCOUT)";
+    QTest::newRow("unknown picture format")
+        << QStringList{"--screenshot", "shot.notanimageformat"} << "\"notanimageformat\" is no picture format";
+}
+
+void ViewerBinaryTest::shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    // No display: a viewer that took the option would run for ever or write a file.
+    QProcess process;
+    process.setProcessEnvironment(CleanEnvironment());
+    process.setWorkingDirectory(m_Folder->path());
+    process.start(m_Viewer, arguments);
+    QVERIFY(process.waitForStarted(10000));
+    const bool finished = process.waitForFinished(TestSupport::Scaled(20000));
+    if (!finished) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+    QVERIFY2(finished, "the viewer did not end");
+    QCOMPARE(process.exitCode(), 2);
+    const QString errors = QString::fromUtf8(process.readAllStandardError());
+    QVERIFY2(errors.contains(message), qPrintable(errors));
+    QVERIFY(QDir(m_Folder->path()).entryList(QDir::Files).isEmpty());
+}
 
 void ViewerBinaryTest::initTestCase()
 {
