@@ -46,13 +46,6 @@ long long Counter(const SimCameraPtr& camera, const std::string& counter)
     return QString::fromStdString(camera->ValueText("CounterValue", counter)).toLongLong();
 }
 
-void AddTriggerModels()
-{
-    QTest::addColumn<QString>("model");
-    for (const char* model : {"SIM-LINE-ROUTING", "SIM-LINE-SFNC", "SIM-SYNCOUT", "SIM-LINEOUT"})
-        QTest::newRow(model) << model;
-}
-
 }  // namespace
 
 class TestPresetSignals : public QObject {
@@ -87,7 +80,7 @@ private slots:
         m_Camera.reset();
     }
 
-    void shouldMakeOneFramePerEdgeAfterTheEdgePreset_data() { AddTriggerModels(); }
+    void shouldMakeOneFramePerEdgeAfterTheEdgePreset_data() { TestSupport::AddTriggerModels(); }
 
     void shouldMakeOneFramePerEdgeAfterTheEdgePreset()
     {
@@ -105,7 +98,7 @@ private slots:
         QCOMPARE(Counter(m_Camera, "Counter1"), 0LL);
     }
 
-    void shouldExposeAsLongAsThePulseAfterTheLevelPreset_data() { AddTriggerModels(); }
+    void shouldExposeAsLongAsThePulseAfterTheLevelPreset_data() { TestSupport::AddTriggerModels(); }
 
     void shouldExposeAsLongAsThePulseAfterTheLevelPreset()
     {
@@ -131,7 +124,7 @@ private slots:
         QCOMPARE(m_Camera->FramesDelivered(), 2ULL);
     }
 
-    void shouldTakeABurstOfTenFramesPerTriggerAfterTheBulkPreset_data() { AddTriggerModels(); }
+    void shouldTakeABurstOfTenFramesPerTriggerAfterTheBulkPreset_data() { TestSupport::AddTriggerModels(); }
 
     void shouldTakeABurstOfTenFramesPerTriggerAfterTheBulkPreset()
     {
