@@ -53,6 +53,33 @@ inline SimCameraPtr OpenModel(const QString& id)
     return Opened(ZMT::PkoAPI::Sim::CreateModel(id.toStdString()));
 }
 
+// The ready-made models with trigger features, each with the name its rows
+// of a data table get.
+inline const QVector<QPair<QString, QString>>& TriggerModels()
+{
+    static const QVector<QPair<QString, QString>> models = {{"line routing", "SIM-LINE-ROUTING"},
+                                                            {"line sfnc", "SIM-LINE-SFNC"},
+                                                            {"sync out", "SIM-SYNCOUT"},
+                                                            {"line out", "SIM-LINEOUT"}};
+    return models;
+}
+
+// One row of a data table per model with trigger features, its ID in the
+// column modelColumn; when flag is given, a bool column of that name too,
+// true for the models in flagged.
+inline void AddTriggerModels(const char* modelColumn = "model", const char* flag = nullptr,
+                             const QStringList& flagged = QStringList())
+{
+    QTest::addColumn<QString>(modelColumn);
+    if (flag != nullptr)
+        QTest::addColumn<bool>(flag);
+    for (const auto& model : TriggerModels()) {
+        QTestData& row = QTest::newRow(qPrintable(model.first)) << model.second;
+        if (flag != nullptr)
+            row << flagged.contains(model.second);
+    }
+}
+
 // What FeaturesOf gives when the camera lists nothing (null or not open).
 enum class WhenUnlisted { Empty, Null };
 

@@ -425,10 +425,7 @@ void TestTriggerInput::shouldLeaveOutputLinesOutOfTheInputLineSelector()
     // Line1 and Line3 of this model are outputs.
     WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-ROUTING"));
     QComboBox* line = support.Find<QComboBox>("combo_InputLineSelector");
-    QStringList items;
-    for (int i = 0; i < line->count(); ++i)
-        items << line->itemText(i);
-    QCOMPARE(items, (QStringList{"Line0", "Line2"}));
+    QCOMPARE(TestSupport::ItemTexts(line), (QStringList{"Line0", "Line2"}));
     QCOMPARE(line->currentText(), QString("Line0"));
     QCOMPARE(support.Find<QLabel>("l_InputLineSelector")->text(), QString("Line Sel.:"));
     QCOMPARE(support.Find<QLabel>("l_LineRouting")->text(), QString("Rout.:"));

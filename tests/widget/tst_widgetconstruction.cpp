@@ -129,14 +129,10 @@ void TestWidgetConstruction::shouldRefuseACameraWithoutTriggerFunctionality()
 
 void TestWidgetConstruction::shouldBuildTheTabNamedTriggerIOForTheTriggerFeatures_data()
 {
-    QTest::addColumn<QString>("camera");
+    TestSupport::AddTriggerModels("camera");
     QTest::newRow("line selector, no output levels") << "lines without levels";
     QTest::newRow("LineOutLevels alone") << "LineOutLevels only";
     QTest::newRow("SyncOutLevels alone") << "SyncOutLevels only";
-    QTest::newRow("line routing model") << "SIM-LINE-ROUTING";
-    QTest::newRow("line sfnc model") << "SIM-LINE-SFNC";
-    QTest::newRow("sync out model") << "SIM-SYNCOUT";
-    QTest::newRow("line out model") << "SIM-LINEOUT";
 }
 
 void TestWidgetConstruction::shouldBuildTheTabNamedTriggerIOForTheTriggerFeatures()
@@ -180,17 +176,13 @@ void TestWidgetConstruction::shouldWatchTheTwentyTwoFeatureNamesInTheirOrder()
 
 void TestWidgetConstruction::shouldRegisterObserversOnTheWatchedFeaturesTheCameraHas_data()
 {
-    QTest::addColumn<QString>("camera");
-    QTest::newRow("line routing") << "SIM-LINE-ROUTING";
-    QTest::newRow("line sfnc") << "SIM-LINE-SFNC";
-    QTest::newRow("sync out") << "SIM-SYNCOUT";
-    QTest::newRow("line out") << "SIM-LINEOUT";
+    TestSupport::AddTriggerModels();
 }
 
 void TestWidgetConstruction::shouldRegisterObserversOnTheWatchedFeaturesTheCameraHas()
 {
-    QFETCH(QString, camera);
-    WidgetTestSupport support(WidgetTestSupport::Model(camera.toStdString()));
+    QFETCH(QString, model);
+    WidgetTestSupport support(WidgetTestSupport::Model(model.toStdString()));
 
     // The last construction step registers the observer on each watched
     // feature the camera has, in the camera's order, and queues its name.
@@ -288,10 +280,7 @@ void TestWidgetConstruction::shouldCreateTheExposureAutoComboInPreferenceToTheEx
     QCOMPARE(exposureAuto != nullptr, !autoEntries.isEmpty());
     QCOMPARE(autoLabel != nullptr, !autoEntries.isEmpty());
     if (exposureAuto != nullptr) {
-        QStringList items;
-        for (int i = 0; i < exposureAuto->count(); ++i)
-            items << exposureAuto->itemText(i);
-        QCOMPARE(items, autoEntries);
+        QCOMPARE(TestSupport::ItemTexts(exposureAuto), autoEntries);
         QCOMPARE(exposureAuto->currentText(), QString("Off"));
         QCOMPARE(autoLabel->text(), QString("Exp. Auto:"));
     }
@@ -299,10 +288,7 @@ void TestWidgetConstruction::shouldCreateTheExposureAutoComboInPreferenceToTheEx
     QCOMPARE(exposureMode != nullptr, !modeEntries.isEmpty());
     QCOMPARE(modeLabel != nullptr, !modeEntries.isEmpty());
     if (exposureMode != nullptr) {
-        QStringList items;
-        for (int i = 0; i < exposureMode->count(); ++i)
-            items << exposureMode->itemText(i);
-        QCOMPARE(items, modeEntries);
+        QCOMPARE(TestSupport::ItemTexts(exposureMode), modeEntries);
         QCOMPARE(exposureMode->currentText(), QString("Timed"));
         QCOMPARE(modeLabel->text(), QString("Exp. Mode:"));
     }
@@ -310,13 +296,8 @@ void TestWidgetConstruction::shouldCreateTheExposureAutoComboInPreferenceToTheEx
 
 void TestWidgetConstruction::shouldMakeTheTriggerGroupTallerForTheLineSelectorRow_data()
 {
-    QTest::addColumn<QString>("camera");
-    QTest::addColumn<bool>("lineRow");
-    QTest::newRow("line routing model") << "SIM-LINE-ROUTING" << true;
+    TestSupport::AddTriggerModels("camera", "lineRow", {"SIM-LINE-ROUTING"});
     QTest::newRow("camera with routing") << "routing" << true;
-    QTest::newRow("line sfnc model") << "SIM-LINE-SFNC" << false;
-    QTest::newRow("sync out model") << "SIM-SYNCOUT" << false;
-    QTest::newRow("line out model") << "SIM-LINEOUT" << false;
 }
 
 void TestWidgetConstruction::shouldMakeTheTriggerGroupTallerForTheLineSelectorRow()
