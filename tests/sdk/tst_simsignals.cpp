@@ -263,6 +263,10 @@ private slots:
         m_Camera = slave;
         TriggerOnLine("Line0", "RisingEdge");
         m_Camera = master;
+        // The slave's clock stopped after the master's: the master catches
+        // up first, so that each edge reaches the slave at its own time.
+        QCOMPARE(master->AdvanceClock(100.0), int(PkoErrorSuccess));
+        QVERIFY(master->ClockNs() > slave->ClockNs());
         QCOMPARE(Wire(master, "Line1", slave, "Line0"), int(PkoErrorSuccess));
         QCOMPARE(slave->StartAcquisition(), int(PkoErrorSuccess));
         QCOMPARE(master->StartAcquisition(), int(PkoErrorSuccess));

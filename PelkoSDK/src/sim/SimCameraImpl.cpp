@@ -409,7 +409,10 @@ int SimCameraImpl::UnwireFrom(SimCameraImpl& target, const std::string& outputLi
 
 long long SimCameraImpl::RealClockNs() const
 {
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - m_Epoch).count();
+    // One epoch for every camera, so that the times of cameras wired
+    // together compare.
+    static const std::chrono::steady_clock::time_point epoch = std::chrono::steady_clock::now();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - epoch).count();
 }
 
 void SimCameraImpl::CatchUpLocked()

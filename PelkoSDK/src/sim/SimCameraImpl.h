@@ -147,7 +147,6 @@ private:
     unsigned long long m_Session = 0;
     std::shared_ptr<Notifier> m_Notifier;
     std::thread m_FrameThread;
-    const std::chrono::steady_clock::time_point m_Epoch = std::chrono::steady_clock::now();
     bool m_ManualClock = false;
     unsigned long long m_FramesSeen = 0;
     std::vector<RemoteWire> m_RemoteWires;

@@ -149,7 +149,9 @@ public:
     // PkoErrorInvalidAccess on the real clock, PkoErrorBadParameter for a
     // negative or non-finite ms, PkoErrorDeviceNotOpen while closed.
     virtual int AdvanceClock(double ms) = 0;
-    // The camera's time in nanoseconds (the timestamps of its frames).
+    // The camera's time in nanoseconds (the timestamps of its frames). The
+    // real clock of every simulated camera counts from the same instant, so
+    // the times of cameras in one process compare.
     virtual long long ClockNs() const = 0;
 };
 
