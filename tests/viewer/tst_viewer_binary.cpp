@@ -110,9 +110,11 @@ void ViewerBinaryTest::shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat()
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
     // No display: a viewer that took the option would run for ever or write a file.
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
     QProcess process;
     process.setProcessEnvironment(CleanEnvironment());
-    process.setWorkingDirectory(m_Folder->path());
+    process.setWorkingDirectory(folder.path());
     process.start(m_Viewer, arguments);
     QVERIFY(process.waitForStarted(10000));
     const bool finished = process.waitForFinished(TestSupport::Scaled(20000));
@@ -124,7 +126,7 @@ void ViewerBinaryTest::shouldRefuseAnOptionThatIsEmptyTwiceOrNoPictureFormat()
     QCOMPARE(process.exitCode(), 2);
     const QString errors = QString::fromUtf8(process.readAllStandardError());
     QVERIFY2(errors.contains(message), qPrintable(errors));
-    QVERIFY(QDir(m_Folder->path()).entryList(QDir::Files).isEmpty());
+    QVERIFY(QDir(folder.path()).entryList(QDir::Files).isEmpty());
 }
 
 void ViewerBinaryTest::initTestCase()
