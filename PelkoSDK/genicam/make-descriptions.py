@@ -50,14 +50,24 @@ def common_head(display=None, desc=None, avail=None, locked=None, ns='Standard')
     if locked: s.append(f'\t\t<pIsLocked>{locked}</pIsLocked>')
     return s
 
-def intreg(name, addr, access='RW', index=None, stride=4, comment=None, signed=False):
+def intreg(name, addr, access='RW', index=None, stride=4, comment=None, signed=False, volatile=False,
+           invalidators=(), length=4):
+    """A register. Registers hold configuration and are cached (WriteThrough) unless volatile: those the
+    camera changes by itself are read every time and polled. A selector-indexed register is invalidated by
+    its index, since the cache keeps one value per register node, not per address."""
     if comment: w(f'\t<!-- {comment} -->')
     w(f'\t<IntReg Name="{name}" NameSpace="Custom">')
+    invalidators = list(invalidators) + ([index] if index and not volatile else [])
+    for i in invalidators:
+        w(f'\t\t<pInvalidator>{i}</pInvalidator>')
     w(f'\t\t<Address>{addr:#x}</Address>')
     if index: w(f'\t\t<pIndex Offset="{stride:#x}">{index}</pIndex>')
-    w('\t\t<Length>4</Length>')
+    w(f'\t\t<Length>{length}</Length>')
     w(f'\t\t<AccessMode>{access}</AccessMode>')
     w('\t\t<pPort>Device</pPort>')
+    w(f'\t\t<Cachable>{"NoCache" if volatile or access == "WO" else "WriteThrough"}</Cachable>')
+    if volatile:
+        w('\t\t<IsVolatile>Yes</IsVolatile>')
     w(f'\t\t<Sign>{"Signed" if signed else "Unsigned"}</Sign>')
     w('\t\t<Endianess>BigEndian</Endianess>')
     w('\t</IntReg>')
@@ -161,6 +171,7 @@ def device_control():
         w(f'\t\t<Length>{length}</Length>')
         w('\t\t<AccessMode>RO</AccessMode>')
         w('\t\t<pPort>Device</pPort>')
+        w('\t\t<Cachable>WriteThrough</Cachable>')
         w('\t</StringReg>')
         w()
 
@@ -188,9 +199,10 @@ def image_format():
                 locked='TLParamsLocked')
     intreg('PixelFormatRegister', 0x128)
 
-def acquisition_common(selectors, sources, activations, exposure_mode, exposure_autos, extra_feats=()):
+def acquisition_common(selectors, sources, activations, exposure_mode, exposure_autos, readout_us):
     feats = ['AcquisitionMode', 'AcquisitionStart', 'AcquisitionStop', 'AcquisitionFrameCount',
-             'AcquisitionFrameRate', 'TriggerSelector', 'TriggerMode', 'TriggerSource', 'TriggerActivation',
+             'AcquisitionFrameRate', 'SensorReadoutTime', 'AcquisitionStatusSelector', 'AcquisitionStatus',
+             'TriggerSelector', 'TriggerMode', 'TriggerSource', 'TriggerActivation',
              'TriggerSoftware']
     if exposure_mode:
         feats.append('ExposureMode')
@@ -201,8 +213,8 @@ def acquisition_common(selectors, sources, activations, exposure_mode, exposure_
     intreg('AcquisitionModeRegister', 0x12c, comment='The fake camera starts it at 1 (Continuous).')
     command('AcquisitionStart', 'AcquisitionCommandRegister', 1, display='Acquisition Start')
     command('AcquisitionStop', 'AcquisitionCommandRegister', 0, display='Acquisition Stop')
-    intreg('AcquisitionCommandRegister', 0x124, 'RW',
-           comment='The fake camera keeps 1 here while it acquires.')
+    intreg('AcquisitionCommandRegister', 0x124, 'RW', volatile=True,
+           comment='The fake camera keeps 1 here while it acquires; the acquisition may end without a write.')
     integer('AcquisitionFrameCount', 'AcquisitionFrameCountConverter', mn=1, mx=65535, inc=1,
             display='Acquisition Frame Count', locked='TLParamsLocked')
     intconv('AcquisitionFrameCountConverter', [], 'TO + 1', 'FROM - 1', 'AcquisitionFrameCountRegister',
@@ -223,6 +235,27 @@ def acquisition_common(selectors, sources, activations, exposure_mode, exposure_
     w('\t</Converter>')
     w()
     intreg('AcquisitionFramePeriodRegister', 0x138, comment='Frame period in microseconds; the fake camera starts it at 40000.')
+    w('\t<Float Name="SensorReadoutTime" NameSpace="Standard">')
+    w('\t\t<DisplayName>Sensor Readout Time</DisplayName>')
+    w('\t\t<ImposedAccessMode>RO</ImposedAccessMode>')
+    w(f'\t\t<Value>{readout_us:.1f}</Value>')
+    w(f'\t\t<Min>{readout_us:.1f}</Min>')
+    w(f'\t\t<Max>{readout_us:.1f}</Max>')
+    w('\t\t<Unit>us</Unit>')
+    w('\t</Float>')
+    w()
+    status = ['AcquisitionActive', 'AcquisitionTriggerWait', 'FrameTriggerWait', 'ExposureActive']
+    enumeration('AcquisitionStatusSelector', [(e, i) for i, e in enumerate(status)], 'AcquisitionStatusSelectorValue',
+                display='Acquisition Status Selector', selected=['AcquisitionStatus'])
+    integer('AcquisitionStatusSelectorValue', value=0, mn=0, mx=len(status) - 1, ns='Custom')
+    boolean('AcquisitionStatus', 'AcquisitionStatusKnife', display='Acquisition Status')
+    knife('AcquisitionStatusKnife',
+          [('SEL', 'AcquisitionStatusSelectorValue'), ('ACQ', 'AcquisitionCommandRegister'),
+           ('REG', 'AcquisitionStatusRegister')],
+          '(SEL = 0) ? (ACQ <> 0) : (REG <> 0)',
+          '"AcquisitionActive" is the fake camera\'s own acquisition state; the waits and the exposure are '
+          'written to the register behind the camera\'s back, as its signals would set them.')
+    intreg('AcquisitionStatusRegister', 0x4460, 'RO', index='AcquisitionStatusSelectorValue', volatile=True)
 
     sel_entries = []
     for i, s in enumerate(selectors):
@@ -294,6 +327,32 @@ def transport():
     integer('TLParamsLocked', value=0, mn=0, mx=1, ns='Standard', visibility='Invisible',
             desc='Set by the host while a live grab is under way.')
 
+def counters():
+    """Three event counters. The fake camera counts nothing: tests write the counter registers behind the
+    camera's back, as its events would."""
+    category('CounterAndTimerControl', ['CounterSelector', 'CounterEventSource', 'CounterValue', 'CounterReset'])
+    names = ['Counter0', 'Counter1', 'Counter2']
+    enumeration('CounterSelector', [(c, i) for i, c in enumerate(names)], 'CounterSelectorValue',
+                display='Counter Selector', selected=['CounterEventSource', 'CounterValue'])
+    integer('CounterSelectorValue', value=0, mn=0, mx=len(names) - 1, ns='Custom')
+    sources = ['Off', 'AcquisitionTrigger', 'FrameTrigger', 'FrameTriggerMissed', 'ExposureStart', 'ExposureEnd',
+               'FrameEnd']
+    defaults = ['FrameTrigger', 'FrameTriggerMissed', 'FrameEnd']
+    enumeration('CounterEventSource', [(e, i) for i, e in enumerate(sources)],
+                xor_default('CounterEventSourceConverter', 'CounterEventSourceRegister', 'CounterSelectorValue',
+                            [sources.index(d) for d in defaults],
+                            'With the register at 0: ' + ', '.join(f'{c} "{d}"' for c, d in zip(names, defaults)) +
+                            '.'),
+                display='Counter Event Source')
+    intreg('CounterEventSourceRegister', 0x4400, index='CounterSelectorValue', signed=True)
+    integer('CounterValue', 'CounterValueRegister', mn=0, mx=0x7fffffffffffffff, display='Counter Value')
+    intreg('CounterValueRegister', 0x4420, 'RO', index='CounterSelectorValue', stride=8, length=8, volatile=True,
+           invalidators=['CounterResetRegister'],
+           comment='64 bits per counter. A reset changes it: the reset register invalidates it.')
+    command('CounterReset', 'CounterResetRegister', 1, display='Counter Reset')
+    intreg('CounterResetRegister', 0x4440, 'WO', index='CounterSelectorValue',
+           comment='The fake camera only stores the write; it keeps no counters.')
+
 def footer():
     w('\t<Port Name="Device" NameSpace="Standard">')
     w('\t</Port>')
@@ -302,9 +361,19 @@ def footer():
 
 def root(extra):
     category('Root', ['DeviceControl', 'ImageFormatControl', 'AcquisitionControl', 'AnalogControl'] + extra +
-             ['TransportLayerControl'])
+             ['CounterAndTimerControl', 'TransportLayerControl'])
 
 # ---------------------------------------------------------------- generation 1
+# Register values that read as each line's factory default (see xor_default).
+MODE_DEFAULTS = [0, 1, 0, 1]    # Line1 and Line3 are outputs
+SOURCE_DEFAULTS = [0, 1, 0, 0]  # Line1 follows ExposureActive
+
+def line_level(levels, line, mode, src, inv):
+    """The status of one line: an output shows what drives it, an input its stored (applied) level."""
+    stored = levels if line is None else f'(({levels} >> {line}) & 1)'
+    return (f'(({mode} = 1) ? (({src} = 7) ? {stored} : ({src} = 4) ? U0 : ({src} = 5) ? U1 : ({src} = 6) ? U2 : 0) '
+            f': {stored}) ^ {inv}')
+
 def gen1(routing):
     lines = ['Line0', 'Line1', 'Line2', 'Line3']
     per_line = ['LineMode', 'LineSource', 'LineInverter', 'LineStatus'] + (['LineRouting'] if routing else [])
@@ -320,21 +389,23 @@ def gen1(routing):
         selectors = [('FrameStart',), ('AcquisitionStart',)]
         sources = [('Line0', 0), ('Line1', 2), ('Line2', 3), ('Line3', 4), ('Software', 1)]
         activations = ['RisingEdge', 'FallingEdge', 'AnyEdge', 'LevelHigh', 'LevelLow']
-    acquisition_common(selectors, sources, activations, True, ['Off', 'Once', 'Continuous'])
+    acquisition_common(selectors, sources, activations, True, ['Off', 'Once', 'Continuous'],
+                       2000.0 if routing else 3000.0)
     transport()
     if routing:
         knife('TriggerWidth', [('MODE', 'ExposureMode')], 'MODE = 1',
               'In "TriggerWidth" exposure the pulse width is the exposure: only "ExposureActive" applies.')
         knife('NotTriggerWidth', [('MODE', 'ExposureMode')], 'MODE <> 1')
     analog()
+    counters()
 
-    category('DigitalIOControl', ['LineSelector'] + per_line + ['UserOutputSelector', 'UserOutputValue'])
+    category('DigitalIOControl', ['LineSelector'] + per_line + ['LineStatusAll', 'UserOutputSelector', 'UserOutputValue'])
     enumeration('LineSelector', [(l, i) for i, l in enumerate(lines)], 'LineSelectorValue',
                 display='Line Selector', selected=per_line)
     integer('LineSelectorValue', value=0, mn=0, mx=3, ns='Custom')
     # Line0 is wired as an input and Line1 as an output; Line2 and Line3 are bidirectional.
     enumeration('LineMode', [('Input', 0, 'LineInputPossible'), ('Output', 1, 'LineOutputPossible')],
-                xor_default('LineModeConverter', 'LineModeRegister', 'LineSelectorValue', [0, 1, 0, 1],
+                xor_default('LineModeConverter', 'LineModeRegister', 'LineSelectorValue', MODE_DEFAULTS,
                             'Line1 and Line3 read "Output" with the register at 0.'),
                 display='Line Mode', locked='LineModeFixed')
     intreg('LineModeRegister', 0x4100, index='LineSelectorValue', signed=True,
@@ -346,24 +417,62 @@ def gen1(routing):
     knife('LineIsNotOutput', [('MODE', 'LineMode')], 'MODE <> 1')
     enumeration('LineSource', [('Off', 0), ('ExposureActive', 1), ('FrameTriggerWait', 2), ('Timer0Active', 3),
                                ('UserOutput0', 4), ('UserOutput1', 5), ('UserOutput2', 6), ('Direct', 7)],
-                xor_default('LineSourceConverter', 'LineSourceRegister', 'LineSelectorValue', [0, 1, 0, 0],
+                xor_default('LineSourceConverter', 'LineSourceRegister', 'LineSelectorValue', SOURCE_DEFAULTS,
                             'Line1 reads "ExposureActive" with the register at 0.'),
                 display='Line Source', locked='LineIsNotOutput')
     intreg('LineSourceRegister', 0x4120, index='LineSelectorValue', signed=True)
     boolean('LineInverter', 'LineInverterRegister', display='Line Inverter')
     intreg('LineInverterRegister', 0x4140, index='LineSelectorValue')
     boolean('LineStatus', 'LineStatusConverter', display='Line Status', locked='LineStatusFixed')
+    user = [('U0', 'UserOutputValue0Register'), ('U1', 'UserOutputValue1Register'), ('U2', 'UserOutputValue2Register')]
     intconv('LineStatusConverter',
-            [('MODE', 'LineMode'), ('SRC', 'LineSource'), ('INV', 'LineInverterRegister'),
-             ('U0', 'UserOutputValue0Register'), ('U1', 'UserOutputValue1Register'),
-             ('U2', 'UserOutputValue2Register')],
-            '((MODE = 1) ? ((SRC = 7) ? TO : (SRC = 4) ? U0 : (SRC = 5) ? U1 : (SRC = 6) ? U2 : 0) : TO) ^ INV',
-            'FROM', 'LineStatusRegister',
+            [('MODE', 'LineMode'), ('SRC', 'LineSource'), ('INV', 'LineInverterRegister')] + user,
+            line_level('TO', None, 'MODE', 'SRC', 'INV'), 'FROM', 'LineStoredLevel',
             'The level on the connector: an output shows what drives it (its stored level only when driven '
             '"Direct"), an input the level applied to it; the inverter inverts either.')
-    intreg('LineStatusRegister', 0x4160, index='LineSelectorValue', signed=True,
-           comment='Stored level: written by hand on a "Direct" output, or the level applied to an input.')
+    w('\t<!-- The selected line\'s bit of LineLevelsRegister. The wide range lets the converter above derive a '
+      'range that spans every value (see intconv). -->')
+    w('\t<Integer Name="LineStoredLevel" NameSpace="Custom">')
+    w('\t\t<pIndex>LineSelectorValue</pIndex>')
+    for i in range(len(lines)):
+        w(f'\t\t<pValueIndexed Index="{i}">LineLevel{i}Bit</pValueIndexed>')
+    w('\t\t<pValueDefault>LineLevel0Bit</pValueDefault>')
+    w('\t\t<Min>-2147483648</Min>')
+    w('\t\t<Max>2147483647</Max>')
+    w('\t</Integer>')
+    w()
+    for i in range(len(lines)):
+        w(f'\t<MaskedIntReg Name="LineLevel{i}Bit" NameSpace="Custom">')
+        w('\t\t<Address>0x4160</Address>')
+        w('\t\t<Length>4</Length>')
+        w('\t\t<AccessMode>RW</AccessMode>')
+        w('\t\t<pPort>Device</pPort>')
+        w('\t\t<Cachable>NoCache</Cachable>')
+        w('\t\t<IsVolatile>Yes</IsVolatile>')
+        # Big-endian registers number their bits from the most significant one.
+        w(f'\t\t<Bit>{31 - i}</Bit>')
+        w('\t\t<Sign>Unsigned</Sign>')
+        w('\t\t<Endianess>BigEndian</Endianess>')
+        w('\t</MaskedIntReg>')
+        w()
+    intreg('LineLevelsRegister', 0x4160, 'RO', volatile=True,
+           comment='Stored levels, bit i for Line i: written by hand on a "Direct" output, or the level applied '
+                   'to an input (written behind the camera\'s back, as a signal would).')
     knife('LineStatusFixed', [('MODE', 'LineMode'), ('SRC', 'LineSource')], '(MODE <> 1) || (SRC <> 7)')
+    variables = [('LEVELS', 'LineLevelsRegister')] + user
+    bits = []
+    for i in range(len(lines)):
+        variables += [(f'M{i}', f'LineMode{i}Register'), (f'S{i}', f'LineSource{i}Register'),
+                      (f'I{i}', f'LineInverter{i}Register')]
+        mode = f'(M{i} ^ {MODE_DEFAULTS[i]})' if MODE_DEFAULTS[i] else f'M{i}'
+        src = f'(S{i} ^ {SOURCE_DEFAULTS[i]})' if SOURCE_DEFAULTS[i] else f'S{i}'
+        bits.append(f'({line_level("LEVELS", str(i), mode, src, f"I{i}")}) * {1 << i}')
+    integer('LineStatusAll', 'LineStatusAllKnife', mn=0, mx=(1 << len(lines)) - 1, display='Line Status All')
+    knife('LineStatusAllKnife', variables, ' + '.join(bits), 'Bit i is the status of Line i.')
+    for i in range(len(lines)):
+        intreg(f'LineMode{i}Register', 0x4100 + 4 * i, signed=True, invalidators=['LineModeRegister'])
+        intreg(f'LineSource{i}Register', 0x4120 + 4 * i, signed=True, invalidators=['LineSourceRegister'])
+        intreg(f'LineInverter{i}Register', 0x4140 + 4 * i, invalidators=['LineInverterRegister'])
     if routing:
         enumeration('LineRouting', [('Off', 0), ('Trigger', 1)], 'LineRoutingRegister', display='Line Routing',
                     locked='LineIsNotInput')
@@ -375,10 +484,10 @@ def gen1(routing):
     boolean('UserOutputValue', 'UserOutputValueRegister', display='User Output Value')
     intreg('UserOutputValueRegister', 0x4200, index='UserOutputSelectorValue')
     for i in range(3):
-        intreg(f'UserOutputValue{i}Register', 0x4200 + 4 * i)
+        intreg(f'UserOutputValue{i}Register', 0x4200 + 4 * i, invalidators=['UserOutputValueRegister'])
 
 # ----------------------------------------------------------- generations 2, 3
-def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposure_mode, exposure_autos):
+def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposure_mode, exposure_autos, readout_us):
     sel, src, pol, lev, inl = (f'{prefix}Selector', f'{prefix}Source', f'{prefix}Polarity', f'{prefix}Levels',
                                f'{inputs[0][:-1]}Levels')
     root(['DigitalIOControl'])
@@ -386,12 +495,15 @@ def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposu
     image_format()
     acquisition_common([('FrameStart',), ('AcquisitionStart',)], trig_sources,
                        ['RisingEdge', 'FallingEdge', 'AnyEdge', 'LevelHigh', 'LevelLow'], exposure_mode,
-                       exposure_autos)
+                       exposure_autos, readout_us)
     transport()
     analog()
+    counters()
     category('DigitalIOControl', [inl, sel, src, pol, lev])
     integer(inl, f'{inl}Register', mn=0, mx=3, display=' '.join(split_camel(inl)))
-    intreg(f'{inl}Register', 0x4010, 'RO', comment='Levels applied to the inputs, bit k for input k + 1.')
+    intreg(f'{inl}Register', 0x4010, 'RO', volatile=True,
+           comment='Levels applied to the inputs, bit k for input k + 1 (written behind the camera\'s back, as the '
+                   'signals would).')
     enumeration(sel, [(o, i) for i, o in enumerate(outputs)], f'{sel}Value', display=' '.join(split_camel(sel)),
                 selected=[src, pol])
     integer(f'{sel}Value', value=0, mn=0, mx=len(outputs) - 1, ns='Custom')
@@ -421,8 +533,8 @@ def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposu
             'inverts the bit.')
     intreg(f'{lev}Register', 0x4160, signed=True, comment='The bits written; only "GPO" outputs show them.')
     for i, o in enumerate(outputs):
-        intreg(f'{o}SourceRegister', 0x4100 + 4 * i)
-        intreg(f'{o}PolarityRegister', 0x4140 + 4 * i)
+        intreg(f'{o}SourceRegister', 0x4100 + 4 * i, invalidators=[f'{src}Register'])
+        intreg(f'{o}PolarityRegister', 0x4140 + 4 * i, invalidators=[f'{pol}Register'])
 
 def split_camel(s):
     return re.findall(r'[A-Z][a-z]*|\d+', s)
@@ -445,10 +557,11 @@ write(f'{d}/gen2-syncout.xml', 'Generation 2 (SyncOut*)', 'PKO-GEN2-SYNCOUT',
                            'FrameReadout', 'Acquiring', 'SyncIn1', 'SyncIn2'],
                           ['Exposing', 'Acquiring', 'GPO', 'GPO'],
                           [('Freerun', 0), ('Line1', 2), ('Line2', 3), ('FixedRate', 4), ('Software', 1)], False,
-                          ['Off', 'Once', 'Continuous', 'other']))
+                          ['Off', 'Once', 'Continuous', 'other'], 5000.0))
 write(f'{d}/gen3-lineout.xml', 'Generation 3 (LineOut*)', 'PKO-GEN3-LINEOUT',
       lambda: gen_bitmask('LineOut', ['LineOut1', 'LineOut2', 'LineOut3', 'LineOut4'], ['LineIn1', 'LineIn2'],
                           ['GPO', 'AcquisitionTriggerReady', 'FrameTriggerReady', 'Exposing', 'FrameReadout',
                            'Acquiring', 'LineIn1', 'LineIn2'],
                           ['Exposing', 'FrameTriggerReady', 'GPO', 'GPO'],
-                          [('Line1', 0), ('Line2', 2), ('Software', 1)], True, ['Off', 'Once', 'Continuous']))
+                          [('Line1', 0), ('Line2', 2), ('Software', 1)], True, ['Off', 'Once', 'Continuous'],
+                          4000.0))
