@@ -27,12 +27,23 @@ namespace ZMT::PkoAPI::Arv {
 
 class ArvFeature;
 class ArvPoller;
+class ArvVolatileWatch;
 
 // A camera that Aravis can open (GigE Vision, USB3 Vision, Aravis's fake
 // camera). While open it owns the Aravis device, a stream with a few
 // buffers and four threads: the device thread that makes the clients'
 // calls, notifications, polling of observed features for changes made by
-// the camera (every 200 ms), and frame reception.
+// the camera, and frame reception.
+//
+// A description that carries caching information (Cachable, IsVolatile,
+// PollingTime, pInvalidator) gets Aravis's register cache, and only the
+// nodes it marks as changing by themselves are polled (every 200 ms unless
+// the node has a PollingTime); the rest changes only through writes, which
+// the dependency graph follows. Any other description keeps every register
+// uncached and every observed feature polled every 200 ms: Aravis would
+// cache its registers as well, and nothing tells what may change by itself.
+// PKO_GENICAM_CACHE=off treats every description so; =debug has Aravis
+// read each cached register anyway and warn where the cache was wrong.
 //
 // Aravis is not thread-safe: every call on the device, its node map and the
 // stream's control runs under m_Mutex, and a selector write and the access
@@ -167,7 +178,13 @@ private:
     int OpenLocked();
     int RunCommandByName(const char* name);
     void PostLocked();
-    void PollObserved();
+    // One polling round; returns the pause until the next.
+    std::chrono::milliseconds PollObserved();
+    // Polling of a description without marks: every observed feature.
+    std::chrono::milliseconds PollEveryObserved(const std::vector<int>& observed, unsigned long long session);
+    // Polling of a marked description: the watched nodes due.
+    std::chrono::milliseconds PollWatched(const std::vector<int>& due, std::chrono::milliseconds pause,
+                                          unsigned long long session);
     void ReceiveFrames(unsigned long long session);
     // Pushes count buffers of the current payload size. Device lock held.
     void QueueBuffersLocked(unsigned int count);
@@ -202,6 +219,8 @@ private:
     // What the poller saw last per feature; reset by writes, so that a
     // client's own write is announced once, by the write.
     std::vector<std::optional<std::string>> m_Signatures;
+    // Null unless the description is marked and the cache is on.
+    std::unique_ptr<ArvVolatileWatch> m_Watch;
     std::vector<int> m_Pending;
     std::shared_ptr<Notifier> m_Notifier;
     std::unique_ptr<ArvPoller> m_Poller;

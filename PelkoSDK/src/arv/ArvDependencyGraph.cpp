@@ -97,6 +97,13 @@ ArvDependencyGraph::ArvDependencyGraph(const std::vector<ArvNodeInfo>& features)
     }
 }
 
+std::vector<ArvGcNode*> ArvDependencyGraph::Reads(ArvGcNode* node)
+{
+    NodeSet reads{node};
+    CollectReads(node, reads);
+    return std::vector<ArvGcNode*>(reads.begin(), reads.end());
+}
+
 const std::vector<int>& ArvDependencyGraph::Affected(int index) const
 {
     static const std::vector<int> none;
