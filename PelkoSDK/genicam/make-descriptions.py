@@ -50,18 +50,39 @@ def common_head(display=None, desc=None, avail=None, locked=None, ns='Standard')
     if locked: s.append(f'\t\t<pIsLocked>{locked}</pIsLocked>')
     return s
 
-def intreg(name, addr, access='RW', index=None, stride=4, comment=None, signed=False, volatile=False,
+def intreg(name, addr, access='RW', index=None, entries=0, stride=4, comment=None, signed=False, volatile=False,
            invalidators=(), length=4):
     """A register. Registers hold configuration and are cached (WriteThrough) unless volatile: those the
-    camera changes by itself are read every time and polled. A selector-indexed register is invalidated by
-    its index, since the cache keeps one value per register node, not per address."""
+    camera changes by itself are read every time and polled.
+
+    With an index (a selector's value node), name is an Integer that picks one of entries registers,
+    entry i at addr + i * stride, named like name with the entry's number before "Register"
+    (LineModeRegister: LineMode0Register, ...), through pValueIndexed. Aravis caches one value per
+    register node, so one node per entry keeps every entry cached across selector changes, and
+    whoever reads all entries at once (the level formulas) reads the same nodes."""
+    if index:
+        if comment: w(f'\t<!-- {comment} -->')
+        w(f'\t<Integer Name="{name}" NameSpace="Custom">')
+        w(f'\t\t<pIndex>{index}</pIndex>')
+        names = [entry_register(name, i) for i in range(entries)]
+        for i, n in enumerate(names):
+            w(f'\t\t<pValueIndexed Index="{i}">{n}</pValueIndexed>')
+        w(f'\t\t<pValueDefault>{names[0]}</pValueDefault>')
+        bits = 8 * length
+        # The range of the registers, so that converters derive theirs from it (see intconv).
+        w(f'\t\t<Min>{-(1 << (bits - 1)) if signed else 0}</Min>')
+        w(f'\t\t<Max>{(1 << (bits - 1)) - 1 if signed or bits == 64 else (1 << bits) - 1}</Max>')
+        w('\t</Integer>')
+        w()
+        for i, n in enumerate(names):
+            intreg(n, addr + i * stride, access, signed=signed, volatile=volatile,
+                   invalidators=[entry_register(v, i) for v in invalidators], length=length)
+        return
     if comment: w(f'\t<!-- {comment} -->')
     w(f'\t<IntReg Name="{name}" NameSpace="Custom">')
-    invalidators = list(invalidators) + ([index] if index and not volatile else [])
     for i in invalidators:
         w(f'\t\t<pInvalidator>{i}</pInvalidator>')
     w(f'\t\t<Address>{addr:#x}</Address>')
-    if index: w(f'\t\t<pIndex Offset="{stride:#x}">{index}</pIndex>')
     w(f'\t\t<Length>{length}</Length>')
     w(f'\t\t<AccessMode>{access}</AccessMode>')
     w('\t\t<pPort>Device</pPort>')
@@ -72,6 +93,10 @@ def intreg(name, addr, access='RW', index=None, stride=4, comment=None, signed=F
     w('\t\t<Endianess>BigEndian</Endianess>')
     w('\t</IntReg>')
     w()
+
+def entry_register(name, i):
+    """The register of selector entry i behind the selector-indexed node name."""
+    return name[:-len('Register')] + f'{i}Register'
 
 def enumeration(name, entries, pvalue, display=None, avail=None, locked=None, selected=(), desc=None):
     """entries: list of (name, value) or (name, value, pIsAvailable)"""
@@ -213,8 +238,9 @@ def acquisition_common(selectors, sources, activations, exposure_mode, exposure_
     intreg('AcquisitionModeRegister', 0x12c, comment='The fake camera starts it at 1 (Continuous).')
     command('AcquisitionStart', 'AcquisitionCommandRegister', 1, display='Acquisition Start')
     command('AcquisitionStop', 'AcquisitionCommandRegister', 0, display='Acquisition Stop')
-    intreg('AcquisitionCommandRegister', 0x124, 'RW', volatile=True,
-           comment='The fake camera keeps 1 here while it acquires; the acquisition may end without a write.')
+    intreg('AcquisitionCommandRegister', 0x124, 'RW',
+           comment='The fake camera keeps 1 here while it acquires. Only writes change it: it streams until '
+                   'stopped, whatever the acquisition mode (the SDK stops single and multi-frame acquisitions).')
     integer('AcquisitionFrameCount', 'AcquisitionFrameCountConverter', mn=1, mx=65535, inc=1,
             display='Acquisition Frame Count', locked='TLParamsLocked')
     intconv('AcquisitionFrameCountConverter', [], 'TO + 1', 'FROM - 1', 'AcquisitionFrameCountRegister',
@@ -255,7 +281,8 @@ def acquisition_common(selectors, sources, activations, exposure_mode, exposure_
           '(SEL = 0) ? (ACQ <> 0) : (REG <> 0)',
           '"AcquisitionActive" is the fake camera\'s own acquisition state; the waits and the exposure are '
           'written to the register behind the camera\'s back, as its signals would set them.')
-    intreg('AcquisitionStatusRegister', 0x4460, 'RO', index='AcquisitionStatusSelectorValue', volatile=True)
+    intreg('AcquisitionStatusRegister', 0x4460, 'RO', index='AcquisitionStatusSelectorValue', entries=len(status),
+           volatile=True)
 
     sel_entries = []
     for i, s in enumerate(selectors):
@@ -265,14 +292,14 @@ def acquisition_common(selectors, sources, activations, exposure_mode, exposure_
     integer('TriggerSelectorValue', value=0, mn=0, mx=len(selectors) - 1, ns='Custom')
     enumeration('TriggerMode', [('Off', 0), ('On', 1)], 'TriggerModeRegister', display='Trigger Mode',
                 locked='TLParamsLocked')
-    intreg('TriggerModeRegister', 0x300, index='TriggerSelectorValue', stride=0x20)
+    intreg('TriggerModeRegister', 0x300, index='TriggerSelectorValue', entries=len(selectors), stride=0x20)
     enumeration('TriggerSource', sources, 'TriggerSourceRegister', display='Trigger Source',
                 locked='TLParamsLocked')
-    intreg('TriggerSourceRegister', 0x304, index='TriggerSelectorValue', stride=0x20,
+    intreg('TriggerSourceRegister', 0x304, index='TriggerSelectorValue', entries=len(selectors), stride=0x20,
            comment='The fake camera waits for TriggerSoftware when FrameStart has mode 1 and source 1.')
     enumeration('TriggerActivation', [(a, i) for i, a in enumerate(activations)], 'TriggerActivationRegister',
                 display='Trigger Activation', locked='TLParamsLocked')
-    intreg('TriggerActivationRegister', 0x308, index='TriggerSelectorValue', stride=0x20)
+    intreg('TriggerActivationRegister', 0x308, index='TriggerSelectorValue', entries=len(selectors), stride=0x20)
     command('TriggerSoftware', 'TriggerSoftwareRegister', 1, display='Trigger Software')
     intreg('TriggerSoftwareRegister', 0x30c, 'WO')
 
@@ -344,13 +371,14 @@ def counters():
                             'With the register at 0: ' + ', '.join(f'{c} "{d}"' for c, d in zip(names, defaults)) +
                             '.'),
                 display='Counter Event Source')
-    intreg('CounterEventSourceRegister', 0x4400, index='CounterSelectorValue', signed=True)
+    intreg('CounterEventSourceRegister', 0x4400, index='CounterSelectorValue', entries=len(names), signed=True)
     integer('CounterValue', 'CounterValueRegister', mn=0, mx=0x7fffffffffffffff, display='Counter Value')
-    intreg('CounterValueRegister', 0x4420, 'RO', index='CounterSelectorValue', stride=8, length=8, volatile=True,
+    intreg('CounterValueRegister', 0x4420, 'RO', index='CounterSelectorValue', entries=len(names), stride=8, length=8,
+           volatile=True,
            invalidators=['CounterResetRegister'],
            comment='64 bits per counter. A reset changes it: the reset register invalidates it.')
     command('CounterReset', 'CounterResetRegister', 1, display='Counter Reset')
-    intreg('CounterResetRegister', 0x4440, 'WO', index='CounterSelectorValue',
+    intreg('CounterResetRegister', 0x4440, 'WO', index='CounterSelectorValue', entries=len(names),
            comment='The fake camera only stores the write; it keeps no counters.')
 
 def footer():
@@ -408,7 +436,7 @@ def gen1(routing):
                 xor_default('LineModeConverter', 'LineModeRegister', 'LineSelectorValue', MODE_DEFAULTS,
                             'Line1 and Line3 read "Output" with the register at 0.'),
                 display='Line Mode', locked='LineModeFixed')
-    intreg('LineModeRegister', 0x4100, index='LineSelectorValue', signed=True,
+    intreg('LineModeRegister', 0x4100, index='LineSelectorValue', entries=len(lines), signed=True,
            comment='Signed, and the converter passes values beyond 65535 through, so that the range it derives from this register spans every value.')
     knife('LineModeFixed', [('SEL', 'LineSelectorValue')], 'SEL < 2',
           'Line0 is wired as an input and Line1 as an output; only Line2 and Line3 switch.')
@@ -420,9 +448,9 @@ def gen1(routing):
                 xor_default('LineSourceConverter', 'LineSourceRegister', 'LineSelectorValue', SOURCE_DEFAULTS,
                             'Line1 reads "ExposureActive" with the register at 0.'),
                 display='Line Source', locked='LineIsNotOutput')
-    intreg('LineSourceRegister', 0x4120, index='LineSelectorValue', signed=True)
+    intreg('LineSourceRegister', 0x4120, index='LineSelectorValue', entries=len(lines), signed=True)
     boolean('LineInverter', 'LineInverterRegister', display='Line Inverter')
-    intreg('LineInverterRegister', 0x4140, index='LineSelectorValue')
+    intreg('LineInverterRegister', 0x4140, index='LineSelectorValue', entries=len(lines))
     boolean('LineStatus', 'LineStatusConverter', display='Line Status', locked='LineStatusFixed')
     user = [('U0', 'UserOutputValue0Register'), ('U1', 'UserOutputValue1Register'), ('U2', 'UserOutputValue2Register')]
     intconv('LineStatusConverter',
@@ -469,22 +497,16 @@ def gen1(routing):
         bits.append(f'({line_level("LEVELS", str(i), mode, src, f"I{i}")}) * {1 << i}')
     integer('LineStatusAll', 'LineStatusAllKnife', mn=0, mx=(1 << len(lines)) - 1, display='Line Status All')
     knife('LineStatusAllKnife', variables, ' + '.join(bits), 'Bit i is the status of Line i.')
-    for i in range(len(lines)):
-        intreg(f'LineMode{i}Register', 0x4100 + 4 * i, signed=True, invalidators=['LineModeRegister'])
-        intreg(f'LineSource{i}Register', 0x4120 + 4 * i, signed=True, invalidators=['LineSourceRegister'])
-        intreg(f'LineInverter{i}Register', 0x4140 + 4 * i, invalidators=['LineInverterRegister'])
     if routing:
         enumeration('LineRouting', [('Off', 0), ('Trigger', 1)], 'LineRoutingRegister', display='Line Routing',
                     locked='LineIsNotInput')
-        intreg('LineRoutingRegister', 0x4180, index='LineSelectorValue')
+        intreg('LineRoutingRegister', 0x4180, index='LineSelectorValue', entries=len(lines))
         knife('LineIsNotInput', [('MODE', 'LineMode')], 'MODE <> 0')
     enumeration('UserOutputSelector', [('UserOutput0', 0), ('UserOutput1', 1), ('UserOutput2', 2)],
                 'UserOutputSelectorValue', display='User Output Selector', selected=['UserOutputValue'])
     integer('UserOutputSelectorValue', value=0, mn=0, mx=2, ns='Custom')
     boolean('UserOutputValue', 'UserOutputValueRegister', display='User Output Value')
-    intreg('UserOutputValueRegister', 0x4200, index='UserOutputSelectorValue')
-    for i in range(3):
-        intreg(f'UserOutputValue{i}Register', 0x4200 + 4 * i, invalidators=['UserOutputValueRegister'])
+    intreg('UserOutputValueRegister', 0x4200, index='UserOutputSelectorValue', entries=3)
 
 # ----------------------------------------------------------- generations 2, 3
 def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposure_mode, exposure_autos, readout_us):
@@ -513,16 +535,16 @@ def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposu
                             'With the register at 0: ' + ', '.join(f'{o} "{d}"' for o, d in zip(outputs, defaults)) +
                             '.'),
                 display=' '.join(split_camel(src)))
-    intreg(f'{src}Register', 0x4100, index=f'{sel}Value', signed=True,
+    intreg(f'{src}Register', 0x4100, index=f'{sel}Value', entries=len(outputs), signed=True,
            comment='Signed, and the converter passes values beyond 65535 through, so that the range it derives from this register spans every value.')
     enumeration(pol, [('Normal', 0), ('Invert', 1)], f'{pol}Register', display=' '.join(split_camel(pol)))
-    intreg(f'{pol}Register', 0x4140, index=f'{sel}Value')
+    intreg(f'{pol}Register', 0x4140, index=f'{sel}Value', entries=len(outputs))
     variables = [('IN', f'{inl}Register'), ('ACQ', 'AcquisitionCommandRegister')]
     bits = []
     gpo, acq = sources.index('GPO'), sources.index('Acquiring')
     in1, in2 = sources.index(inputs[0]), sources.index(inputs[1])
     for i, o in enumerate(outputs):
-        variables += [(f'S{i}', f'{o}SourceRegister'), (f'P{i}', f'{o}PolarityRegister')]
+        variables += [(f'S{i}', entry_register(f'{src}Register', i)), (f'P{i}', entry_register(f'{pol}Register', i))]
         s = f'(S{i} ^ {dvals[i]})' if dvals[i] else f'S{i}'
         bits.append(f'((({s} = {gpo}) ? ((TO >> {i}) & 1) : ({s} = {acq}) ? (ACQ <> 0) : ({s} = {in1}) ? (IN & 1) : '
                     f'({s} = {in2}) ? ((IN >> 1) & 1) : 0) ^ P{i}) * {1 << i}')
@@ -532,9 +554,7 @@ def gen_bitmask(prefix, outputs, inputs, sources, defaults, trig_sources, exposu
             'acquisition state, one following an input that input\'s level, any other 0 (idle); "Invert" '
             'inverts the bit.')
     intreg(f'{lev}Register', 0x4160, signed=True, comment='The bits written; only "GPO" outputs show them.')
-    for i, o in enumerate(outputs):
-        intreg(f'{o}SourceRegister', 0x4100 + 4 * i, invalidators=[f'{src}Register'])
-        intreg(f'{o}PolarityRegister', 0x4140 + 4 * i, invalidators=[f'{pol}Register'])
+
 
 def split_camel(s):
     return re.findall(r'[A-Z][a-z]*|\d+', s)

@@ -227,8 +227,8 @@ private slots:
                                                           << "FrameTriggerWait"
                                                           << "AcquisitionStatus" << 0x4468u << 0x1u << "true";
         QTest::newRow("acquisition status, generation 3") << FakeGvCamera::Gen3LineOut << "AcquisitionStatusSelector"
-                                                          << "AcquisitionActive"
-                                                          << "AcquisitionStatus" << 0x124u << 0x1u << "true";
+                                                          << "ExposureActive"
+                                                          << "AcquisitionStatus" << 0x446cu << 0x1u << "true";
     }
 
     void shouldSeeAndNotifyWhatTheCameraChangesByItselfWithinTwoPollingPeriods()
@@ -438,9 +438,10 @@ private slots:
         // LineStatus and LineStatusAll read one register of levels.
         QTest::newRow("line status") << FakeGvCamera::Gen1Line << QStringList{"LineMode", "LineStatus", "LineStatusAll"}
                                      << 1;
-        // The output levels read the input levels and the acquisition state.
+        // The output levels read the input levels too, and the acquisition
+        // state, which only writes change.
         QTest::newRow("level masks") << FakeGvCamera::Gen2SyncOut
-                                     << QStringList{"SyncOutSource", "SyncInLevels", "SyncOutLevels"} << 2;
+                                     << QStringList{"SyncOutSource", "SyncInLevels", "SyncOutLevels"} << 1;
     }
 
     void shouldPollOnlyWhatCanChangeByItself()
