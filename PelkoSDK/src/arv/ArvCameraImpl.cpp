@@ -200,16 +200,7 @@ int ArvCameraImpl::OpenLocked()
         }
     }
 
-    // Frames are optional: a camera without a usable stream still opens.
-    ArvScopedError streamError;
-    m_Stream = arv_device_create_stream(device, nullptr, nullptr, streamError.Out());
-    if (streamError && m_Stream != nullptr) {
-        g_object_unref(m_Stream);
-        m_Stream = nullptr;
-    }
-    if (m_Stream != nullptr)
-        QueueBuffersLocked(kStreamBuffers);
-
+    // The stream waits for the first acquisition (see PrepareCommandLocked).
     try {
         {
             std::lock_guard<std::mutex> calls(m_CallsMutex);
@@ -217,16 +208,37 @@ int ArvCameraImpl::OpenLocked()
         }
         m_CallThread = std::thread(&ArvCameraImpl::ServeCalls, this);
         m_Poller = std::make_unique<ArvPoller>(kPollPeriod, [this] { return PollObserved(); });
-        if (m_Stream != nullptr) {
-            m_Receiving = true;
-            m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, session);
-        }
     } catch (const std::system_error&) {
-        m_Receiving = false;
         // Open() closes again, which ends what was started.
         return PkoErrorResources;
     }
     return PkoErrorSuccess;
+}
+
+void ArvCameraImpl::StartStreamLocked()
+{
+    if (m_Stream != nullptr)
+        return;
+    // Frames are optional: without a usable stream the acquisition starts
+    // all the same and delivers none.
+    ArvScopedError streamError;
+    m_Stream = arv_device_create_stream(m_Device, nullptr, nullptr, streamError.Out());
+    if (streamError && m_Stream != nullptr) {
+        g_object_unref(m_Stream);
+        m_Stream = nullptr;
+    }
+    if (m_Stream == nullptr)
+        return;
+    QueueBuffersLocked(kStreamBuffers);
+    try {
+        m_Receiving = true;
+        // It waits for the device lock held here before it looks at the stream.
+        m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, m_Session);
+    } catch (const std::system_error&) {
+        m_Receiving = false;
+        g_object_unref(m_Stream);
+        m_Stream = nullptr;
+    }
 }
 
 int ArvCameraImpl::Close()
@@ -540,6 +552,12 @@ void ArvCameraImpl::ChangedLocked(int index)
         if (m_Watch)
             m_Watch->Forget(affected);
     }
+}
+
+void ArvCameraImpl::PrepareCommandLocked(const std::string& name)
+{
+    if (name == "AcquisitionStart")
+        StartStreamLocked();
 }
 
 void ArvCameraImpl::CommandRunLocked(const std::string& name)

@@ -30,10 +30,11 @@ class ArvPoller;
 class ArvVolatileWatch;
 
 // A camera that Aravis can open (GigE Vision, USB3 Vision, Aravis's fake
-// camera). While open it owns the Aravis device, a stream with a few
-// buffers and four threads: the device thread that makes the clients'
-// calls, notifications, polling of observed features for changes made by
-// the camera, and frame reception.
+// camera). While open it owns the Aravis device and three threads: the
+// device thread that makes the clients' calls, notifications, and polling
+// of observed features for changes made by the camera; from the first
+// acquisition on also a stream with a few buffers and a thread for frame
+// reception.
 //
 // A description that carries caching information (Cachable, IsVolatile,
 // PollingTime, pInvalidator) gets Aravis's register cache, and only the
@@ -78,8 +79,9 @@ public:
     int GetName(std::string& name) const override;
 
     // Opens the device (PkoErrorNotFound when Aravis cannot), walks its node
-    // map and starts the threads; a stream that cannot be set up leaves the
-    // camera open without frames.
+    // map and starts the threads. The stream follows with the first
+    // acquisition; one that cannot be set up leaves the camera without
+    // frames.
     int Open() override;
     // Stops the threads and releases the device; never blocks on a lost one.
     int Close() override;
@@ -129,6 +131,9 @@ public:
     // A write of feature index succeeded: its observers and those of every
     // feature depending on it hear of it. Device lock held.
     void ChangedLocked(int index);
+    // A command is about to run: the first acquisition sets up the stream
+    // and its buffers. Device lock held.
+    void PrepareCommandLocked(const std::string& name);
     // A command ran; keeps the acquisition state. Device lock held.
     void CommandRunLocked(const std::string& name);
 
@@ -186,6 +191,11 @@ private:
     std::chrono::milliseconds PollWatched(const std::vector<int>& due, std::chrono::milliseconds pause,
                                           unsigned long long session);
     void ReceiveFrames(unsigned long long session);
+    // Sets up the stream, its buffers and the frame thread unless there
+    // are; setting up a GigE Vision stream takes from a few to some fifty
+    // milliseconds, so it waits for the first acquisition instead of
+    // slowing every Open. Device lock held.
+    void StartStreamLocked();
     // Pushes count buffers of the current payload size. Device lock held.
     void QueueBuffersLocked(unsigned int count);
     long long PayloadSizeLocked();
