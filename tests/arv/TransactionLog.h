@@ -1,10 +1,15 @@
 #ifndef TRANSACTIONLOG_H
 #define TRANSACTIONLOG_H
 
+#include <QMap>
+#include <QPair>
 #include <QRegularExpression>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 #include <QVector>
+
+#include <algorithm>
 
 // The register transactions in the log of a fake GigE Vision camera started
 // with ARV_DEBUG=device:2 (FakeGvCamera::SetEnvironment), which writes one
@@ -56,6 +61,22 @@ public:
         for (const Transaction& transaction : m_Transactions)
             addresses.insert(transaction.address);
         return addresses.size();
+    }
+    // "address×count" of the most read addresses, busiest first.
+    QString Busiest(int count) const
+    {
+        QMap<quint64, int> reads;
+        for (const Transaction& transaction : m_Transactions)
+            ++reads[transaction.address];
+        QVector<QPair<int, quint64>> ranked;
+        for (auto it = reads.cbegin(); it != reads.cend(); ++it)
+            ranked.append(qMakePair(it.value(), it.key()));
+        std::sort(ranked.begin(), ranked.end(),
+                  [](const QPair<int, quint64>& a, const QPair<int, quint64>& b) { return a.first > b.first; });
+        QStringList shown;
+        for (int i = 0; i < ranked.size() && i < count; ++i)
+            shown << QStringLiteral("0x%1×%2").arg(ranked[i].second, 0, 16).arg(ranked[i].first);
+        return shown.join(QLatin1Char(' '));
     }
     // Without the heartbeat's reads.
     int CountBesidesHeartbeat() const
