@@ -564,9 +564,13 @@ def write(file, title, model, body):
     out = []
     body()
     footer()
+    # Clients read the description over the link at every open, 512 bytes per transaction: the defaults
+    # (custom name space, unsigned registers) are left out.
+    text = '\n'.join(out) + '\n'
+    text = text.replace(' NameSpace="Custom"', '').replace('\t\t<Sign>Unsigned</Sign>\n', '')
     with open(file, 'w') as f:
         f.write(HEADER.format(title=title, file=file.split('/')[-1], model=model))
-        f.write('\n'.join(out) + '\n')
+        f.write(text)
 
 d = sys.argv[1]
 write(f'{d}/gen1-line.xml', 'Generation 1 (Line*) with input line routing', 'PKO-GEN1-LINE', lambda: gen1(True))

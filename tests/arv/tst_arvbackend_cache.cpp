@@ -470,6 +470,36 @@ private slots:
         for (const FeaturePtr& feature : features)
             QCOMPARE(feature->UnregisterObserver(observer), int(PkoErrorSuccess));
     }
+
+    void shouldPollAtTheDescribedPollingTime()
+    {
+        // The second generation with a polling time on its volatile registers.
+        QFile marked(FakeGvCamera::GenicamFile(FakeGvCamera::Gen2SyncOut));
+        QVERIFY(marked.open(QIODevice::ReadOnly));
+        QString text = QString::fromUtf8(marked.readAll());
+        text.replace(QLatin1String("<IsVolatile>Yes</IsVolatile>"),
+                     QLatin1String("<IsVolatile>Yes</IsVolatile><PollingTime>600</PollingTime>"));
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        QFile slow(dir.filePath(QStringLiteral("slow.xml")));
+        QVERIFY(slow.open(QIODevice::WriteOnly));
+        QVERIFY(slow.write(text.toUtf8()) > 0);
+        slow.close();
+
+        CountedCamera counted(slow.fileName());
+        const QString error = counted.Open();
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+        const FeaturePtr levels = FeatureOf(counted.camera, "SyncInLevels");
+        const IFeatureObserverPtr observer(new CountingObserver);
+        QCOMPARE(levels->RegisterObserver(observer), int(PkoErrorSuccess));
+        QTest::qWait(kPollPeriodMs);
+        const int before = counted.Log().Count();
+        QTest::qWait(3000);
+        const int polled = counted.Log().Since(before).CountBesidesHeartbeat();
+        // Five reads in three seconds, give or take the one in progress.
+        QVERIFY2(polled >= 4 && polled <= 6, qPrintable(QString::number(polled)));
+        QCOMPARE(levels->UnregisterObserver(observer), int(PkoErrorSuccess));
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_ArvBackendCache)

@@ -5,6 +5,8 @@
 //   pko-benchmark [--runs N] [--generation 1|2|3]
 //
 // Figures are medians of N runs (default 5), all generations by default.
+// PKO_BENCHMARK_BUSIEST=1 also prints the most read registers of each step;
+// PKO_GENICAM_CACHE=off measures without the SDK's register cache.
 //
 // Needs arv-fake-gv-camera-0.8 on PATH; waits for the machine-wide lock of
 // the loopback camera port while tests hold it.
