@@ -14,6 +14,7 @@
 #include <QWidget>
 #include <QtTest>
 
+#include <cstdio>
 #include <memory>
 #include <vector>
 
@@ -27,10 +28,8 @@ class Measure {
 public:
     explicit Measure(const TransactionCounter* counter) : m_Counter(counter)
     {
-        if (m_Counter != nullptr) {
-            m_Before = m_Counter->Count();
-            m_WritesBefore = m_Counter->Writes();
-        }
+        if (m_Counter != nullptr)
+            m_Before = m_Counter->Log().Count();
         m_Timer.start();
     }
     TabBenchmark::Figure Done() const
@@ -38,16 +37,19 @@ public:
         TabBenchmark::Figure figure;
         figure.nanoseconds = m_Timer.nsecsElapsed();
         if (m_Counter != nullptr) {
-            figure.transactions = m_Counter->Count() - m_Before;
-            figure.writes = m_Counter->Writes() - m_WritesBefore;
+            const TransactionLog step = m_Counter->Log().Since(m_Before);
+            figure.transactions = step.Count();
+            figure.writes = step.Writes();
+            figure.registers = step.DistinctAddresses();
+            if (qEnvironmentVariableIsSet("PKO_BENCHMARK_BUSIEST"))
+                std::fprintf(stderr, "busiest: %s\n", qPrintable(step.Busiest(8)));
         }
         return figure;
     }
 
 private:
     const TransactionCounter* m_Counter;
-    long long m_Before = 0;
-    long long m_WritesBefore = 0;
+    int m_Before = 0;
     QElapsedTimer m_Timer;
 };
 
@@ -149,9 +151,11 @@ TabBenchmark::Result TabBenchmark::Run(const ZMT::PkoAPI::CameraPtr& camera, con
         result.steps[IdleTick] = measure.Done();
     }
     if (counter != nullptr && background) {
-        const long long before = counter->Count();
+        const int before = counter->Log().Count();
         QThread::msleep(kBackgroundMs);
-        result.backgroundPerSecond = (counter->Count() - before) * 1000.0 / kBackgroundMs;
+        const TransactionLog idle = counter->Log().Since(before);
+        result.backgroundPerSecond = idle.Count() * 1000.0 / kBackgroundMs;
+        result.pollingPerSecond = idle.CountBesidesHeartbeat() * 1000.0 / kBackgroundMs;
     }
     // The preset pumps events: shown again, the tab's own timer is a second
     // away from its next tick, which would otherwise fall into the click.

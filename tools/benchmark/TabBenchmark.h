@@ -29,6 +29,7 @@ public:
         qint64 nanoseconds = 0;
         long long transactions = -1;  // -1: not counted
         long long writes = -1;
+        long long registers = -1;  // distinct addresses the transactions touched
     };
 
     struct Result {
@@ -37,6 +38,8 @@ public:
         // happens (the SDK's polling of watched features, heartbeat); -1
         // when not counted.
         double backgroundPerSecond = -1;
+        // The same without Aravis's heartbeat.
+        double pollingPerSecond = -1;
         QString error;  // empty on success
     };
 

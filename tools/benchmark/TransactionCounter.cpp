@@ -31,23 +31,18 @@ TransactionCounter::TransactionCounter(const FakeGvCamera& camera) : m_Camera(ca
 
 long long TransactionCounter::Count() const
 {
-    // Discovery and packet-resend requests are not register transactions.
-    return Occurrences({QStringLiteral("] Read memory command"), QStringLiteral("] Write memory command"),
-                        QStringLiteral("] Read register command"), QStringLiteral("] Write register command")});
+    return Log().Count();
 }
 
 long long TransactionCounter::Writes() const
 {
-    return Occurrences({QStringLiteral("] Write memory command"), QStringLiteral("] Write register command")});
+    return Log().Writes();
 }
 
-long long TransactionCounter::Occurrences(const QStringList& commands) const
+TransactionLog TransactionCounter::Log() const
 {
-    const QString log = m_Camera.Log();
-    long long count = 0;
-    for (const QString& command : commands)
-        count += log.count(command);
-    return count;
+    // Discovery and packet-resend requests are not register transactions.
+    return TransactionLog(m_Camera.Log());
 }
 
 int TransactionCounter::ReadDirectly(int count, QString& error)

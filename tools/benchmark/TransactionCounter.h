@@ -1,6 +1,8 @@
 #ifndef TRANSACTIONCOUNTER_H
 #define TRANSACTIONCOUNTER_H
 
+#include "TransactionLog.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -21,6 +23,8 @@ public:
     long long Count() const;
     // The write commands among them.
     long long Writes() const;
+    // Every command handled since the camera started, with its address.
+    TransactionLog Log() const;
 
     // Sends count read-register commands straight to the camera on
     // 127.0.0.1 and waits for each acknowledge, to check that Count() sees
@@ -29,8 +33,6 @@ public:
     static int ReadDirectly(int count, QString& error);
 
 private:
-    long long Occurrences(const QStringList& commands) const;
-
     const FakeGvCamera& m_Camera;
 };
 

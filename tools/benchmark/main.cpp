@@ -6,6 +6,8 @@
 //   pko-benchmark --signals [--runs N]   (the simulated pulse train alone)
 //
 // Figures are medians of N runs (default 5), all generations by default.
+// PKO_BENCHMARK_BUSIEST=1 also prints the most read registers of each step;
+// PKO_GENICAM_CACHE=off measures without the SDK's register cache.
 //
 // Needs arv-fake-gv-camera-0.8 on PATH; waits for the machine-wide lock of
 // the loopback camera port while tests hold it.
@@ -18,6 +20,7 @@
 #include <PkoAPI/PkoAPI.h>
 
 #include <QApplication>
+#include <QProcess>
 #include <QStringList>
 #include <QVector>
 
@@ -32,12 +35,31 @@ struct Generation {
     const char* label;
     const char* description;
     const char* model;
+    // The values the tab shows, as arguments of "arv-tool-0.8 control":
+    // "Selector=Entry" selects (a host-side value in our descriptions).
+    const char* shown;
 };
 
 const Generation kGenerations[] = {
-    {"1 (Line*)", FakeGvCamera::Gen1Line, "SIM-LINE-ROUTING"},
-    {"2 (SyncOut*)", FakeGvCamera::Gen2SyncOut, "SIM-SYNCOUT"},
-    {"3 (LineOut*)", FakeGvCamera::Gen3LineOut, "SIM-LINEOUT"},
+    {"1 (Line*)", FakeGvCamera::Gen1Line, "SIM-LINE-ROUTING",
+     "AcquisitionMode AcquisitionFrameCount ExposureMode ExposureAuto ExposureTime TriggerSelector=FrameStart "
+     "TriggerMode TriggerSource TriggerActivation "
+     "LineSelector=Line0 LineMode LineSource LineInverter LineStatus LineRouting "
+     "LineSelector=Line1 LineMode LineSource LineInverter LineStatus LineRouting "
+     "LineSelector=Line2 LineMode LineSource LineInverter LineStatus LineRouting "
+     "LineSelector=Line3 LineMode LineSource LineInverter LineStatus LineRouting "
+     "UserOutputSelector=UserOutput0 UserOutputValue UserOutputSelector=UserOutput1 UserOutputValue "
+     "UserOutputSelector=UserOutput2 UserOutputValue"},
+    {"2 (SyncOut*)", FakeGvCamera::Gen2SyncOut, "SIM-SYNCOUT",
+     "AcquisitionMode AcquisitionFrameCount ExposureAuto ExposureTime TriggerSelector=FrameStart TriggerMode "
+     "TriggerSource TriggerActivation SyncInLevels SyncOutLevels "
+     "SyncOutSelector=SyncOut1 SyncOutSource SyncOutPolarity SyncOutSelector=SyncOut2 SyncOutSource SyncOutPolarity "
+     "SyncOutSelector=SyncOut3 SyncOutSource SyncOutPolarity SyncOutSelector=SyncOut4 SyncOutSource SyncOutPolarity"},
+    {"3 (LineOut*)", FakeGvCamera::Gen3LineOut, "SIM-LINEOUT",
+     "AcquisitionMode AcquisitionFrameCount ExposureMode ExposureAuto ExposureTime TriggerSelector=FrameStart "
+     "TriggerMode TriggerSource TriggerActivation LineInLevels LineOutLevels "
+     "LineOutSelector=LineOut1 LineOutSource LineOutPolarity LineOutSelector=LineOut2 LineOutSource LineOutPolarity "
+     "LineOutSelector=LineOut3 LineOutSource LineOutPolarity LineOutSelector=LineOut4 LineOutSource LineOutPolarity"},
 };
 
 const int kCheckReads = 20;
@@ -66,9 +88,11 @@ QString Cell(const QVector<TabBenchmark::Result>& results, int step)
 {
     QVector<qint64> times;
     QVector<long long> transactions;
+    QVector<long long> registers;
     for (const TabBenchmark::Result& result : results) {
         times << result.steps[step].nanoseconds;
         transactions << result.steps[step].transactions;
+        registers << result.steps[step].registers;
     }
     std::sort(transactions.begin(), transactions.end());
     const long long count = Median(transactions);
@@ -77,7 +101,7 @@ QString Cell(const QVector<TabBenchmark::Result>& results, int step)
     QString cell = Milliseconds(Median(times)) + " / " + QString::number(count);
     if (transactions.first() != transactions.last())
         cell += QStringLiteral(" (%1..%2)").arg(transactions.first()).arg(transactions.last());
-    return cell;
+    return cell + QStringLiteral(" [%1]").arg(Median(registers));
 }
 
 QString Row(const QString& camera, const QVector<TabBenchmark::Result>& results)
@@ -96,11 +120,13 @@ QString RunLine(const QString& what, int run, const TabBenchmark::Result& result
         line += QStringLiteral(" %1 %2").arg(QString::fromLatin1(TabBenchmark::StepName(TabBenchmark::Step(step))),
                                              Milliseconds(figure.nanoseconds));
         if (figure.transactions >= 0)
-            line += QStringLiteral("/%1(%2w)").arg(figure.transactions).arg(figure.writes);
+            line += QStringLiteral("/%1(%2w,%3r)").arg(figure.transactions).arg(figure.writes).arg(figure.registers);
         line += QLatin1Char(';');
     }
     if (result.backgroundPerSecond >= 0)
-        line += QStringLiteral(" background %1/s").arg(result.backgroundPerSecond, 0, 'f', 1);
+        line += QStringLiteral(" background %1/s (%2/s besides the heartbeat)")
+                    .arg(result.backgroundPerSecond, 0, 'f', 1)
+                    .arg(result.pollingPerSecond, 0, 'f', 1);
     return line;
 }
 
@@ -118,7 +144,8 @@ ZMT::PkoAPI::CameraPtr FindFakeCamera(const QString& serial)
 // One run on a fake camera of its own; false with the reason printed on
 // failure. The first run of each generation checks the counter first and
 // measures the background traffic.
-bool RunFake(const Generation& generation, int run, QVector<TabBenchmark::Result>& results, QVector<double>& background)
+bool RunFake(const Generation& generation, int run, QVector<TabBenchmark::Result>& results, QVector<double>& background,
+             QVector<double>& polling)
 {
     FakeGvCamera fake(FakeGvCamera::GenicamFile(QString::fromLatin1(generation.description)), QStringLiteral("BNCH"));
     TransactionCounter::Prepare(fake);
@@ -151,9 +178,56 @@ bool RunFake(const Generation& generation, int run, QVector<TabBenchmark::Result
     }
     Print(RunLine(QStringLiteral("GigE"), run, result));
     results << result;
-    if (result.backgroundPerSecond >= 0)
+    if (result.backgroundPerSecond >= 0) {
         background << result.backgroundPerSecond;
+        polling << result.pollingPerSecond;
+    }
     return true;
+}
+
+// Runs arv-tool-0.8 on the fake camera with arguments; false with the reason
+// in error.
+bool RunTool(const QStringList& arguments, QString& error)
+{
+    QProcess tool;
+    tool.start(QStringLiteral("arv-tool-0.8"), QStringList{"-a", FakeGvCamera::Address()} + arguments);
+    if (!tool.waitForFinished(30000) || tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
+        error = QStringLiteral("arv-tool-0.8 failed: ") + QString::fromLocal8Bit(tool.readAllStandardError());
+        return false;
+    }
+    return true;
+}
+
+// A plain read of the values the tab shows with Aravis's command-line tool
+// on a fake camera of the generation: one line for the table.
+QString ToolLine(const Generation& generation)
+{
+    FakeGvCamera fake(FakeGvCamera::GenicamFile(QString::fromLatin1(generation.description)), QStringLiteral("TOOL"));
+    TransactionCounter::Prepare(fake);
+    if (!fake.Start())
+        return "fake camera: " + fake.ErrorString();
+    const TransactionCounter counter(fake);
+    const QStringList shown = QString::fromLatin1(generation.shown).split(QLatin1Char(' '));
+    int values = 0;
+    for (const QString& argument : shown)
+        values += argument.contains(QLatin1Char('=')) ? 0 : 1;
+    QString error;
+    // Connecting alone, then connecting and reading: the reads follow the
+    // connection's own transactions.
+    const int start = counter.Log().Count();
+    if (!RunTool({QStringLiteral("control")}, error))
+        return error;
+    const int connecting = counter.Log().Count() - start;
+    const int before = counter.Log().Count();
+    if (!RunTool(QStringList{QStringLiteral("control")} + shown, error))
+        return error;
+    const TransactionLog reading = counter.Log().Since(before + connecting);
+    return QStringLiteral("gen %1, arv-tool-0.8 control: %2 values in %3 transactions [%4] after connecting (%5)")
+        .arg(QString::fromLatin1(generation.label))
+        .arg(values)
+        .arg(reading.Count())
+        .arg(reading.DistinctAddresses())
+        .arg(connecting);
 }
 
 bool RunSimulated(const Generation& generation, int run, QVector<TabBenchmark::Result>& results)
@@ -212,6 +286,7 @@ int main(int argc, char* argv[])
 
     QStringList rows;
     QStringList backgrounds;
+    QStringList tools;
     bool ok = true;
     for (const Generation& generation : kGenerations) {
         if (only != 0 && generation.label[0] != '0' + only)
@@ -222,8 +297,9 @@ int main(int argc, char* argv[])
         QVector<TabBenchmark::Result> fake;
         QVector<TabBenchmark::Result> simulated;
         QVector<double> background;
+        QVector<double> polling;
         for (int run = 0; run < runs && ok; ++run)
-            ok = RunFake(generation, run, fake, background);
+            ok = RunFake(generation, run, fake, background, polling);
         for (int run = 0; run < runs && ok; ++run)
             ok = RunSimulated(generation, run, simulated);
         if (!ok)
@@ -232,14 +308,17 @@ int main(int argc, char* argv[])
         rows << Row(QStringLiteral("gen %1, %2")
                         .arg(QString::fromLatin1(generation.label), QString::fromLatin1(generation.model)),
                     simulated);
-        backgrounds << QStringLiteral("gen %1: %2 transactions/s")
+        backgrounds << QStringLiteral("gen %1: %2 transactions/s (%3/s besides the heartbeat)")
                            .arg(QString::fromLatin1(generation.label))
-                           .arg(Median(background), 0, 'f', 1);
+                           .arg(Median(background), 0, 'f', 1)
+                           .arg(Median(polling), 0, 'f', 1);
+        tools << ToolLine(generation);
     }
     if (!ok)
         return 1;
 
-    Print(QStringLiteral("\nMedians of %1 runs, wall time / register transactions (range when runs differ):\n")
+    Print(QStringLiteral("\nMedians of %1 runs, wall time / register transactions (range when runs differ) "
+                         "[distinct registers]:\n")
               .arg(runs));
     QString header = QStringLiteral("| camera");
     QString rule = QStringLiteral("|---");
@@ -252,6 +331,11 @@ int main(int argc, char* argv[])
     for (const QString& row : rows)
         Print(row);
     Print(QStringLiteral("\nBackground while the tab is shown and idle: ") + backgrounds.join(QStringLiteral("; ")));
+    Print(
+        QStringLiteral("\nThe values the tab shows, read by Aravis's own tool on the same fake camera "
+                       "[distinct registers] (the tool's connection):"));
+    for (const QString& line : tools)
+        Print(line);
     printSignals();
     return 0;
 }

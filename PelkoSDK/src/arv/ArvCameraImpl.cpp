@@ -2,6 +2,7 @@
 
 #include "FeatureList.h"
 
+#include "ArvDescriptionMarks.h"
 #include "ArvDiscovery.h"
 #include "ArvErrors.h"
 #include "ArvFeature.h"
@@ -9,8 +10,11 @@
 #include "ArvNodeInfo.h"
 #include "ArvPoller.h"
 #include "ArvScopedError.h"
+#include "ArvVolatileWatch.h"
 
 #include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -32,6 +36,19 @@ constexpr unsigned int kStreamBuffers = 4;
 // Frames larger than this are not buffered (a misread payload size must not
 // take the machine's memory).
 constexpr long long kMaxPayload = 64LL * 1024 * 1024;
+
+// The register cache for a description with caching information, as
+// PKO_GENICAM_CACHE asks: "off" (none), "debug" (cached, and every cached
+// read checked against the camera), anything else on.
+ArvRegisterCachePolicy CachePolicyForMarked()
+{
+    const char* setting = std::getenv("PKO_GENICAM_CACHE");
+    if (setting != nullptr && std::strcmp(setting, "off") == 0)
+        return ARV_REGISTER_CACHE_POLICY_DISABLE;
+    if (setting != nullptr && std::strcmp(setting, "debug") == 0)
+        return ARV_REGISTER_CACHE_POLICY_DEBUG;
+    return ARV_REGISTER_CACHE_POLICY_ENABLE;
+}
 
 void OnControlLost(::ArvDevice* /*device*/, gpointer flag)
 {
@@ -105,8 +122,13 @@ int ArvCameraImpl::OpenLocked()
     if (device == nullptr)
         return errorCode;
 
-    // Polling must see the camera's own changes: no register cache.
-    arv_device_set_register_cache_policy(device, ARV_REGISTER_CACHE_POLICY_DISABLE);
+    // Aravis caches registers without a Cachable mark too: a description
+    // that says nothing about caching gets no cache.
+    std::size_t xmlSize = 0;
+    const char* xml = arv_device_get_genicam_xml(device, &xmlSize);
+    const ArvDescriptionMarks marks = ArvDescriptionMarks::Parse(xml, xmlSize);
+    const ArvRegisterCachePolicy policy = marks.Marked() ? CachePolicyForMarked() : ARV_REGISTER_CACHE_POLICY_DISABLE;
+    arv_device_set_register_cache_policy(device, policy);
     arv_device_set_range_check_policy(device, ARV_RANGE_CHECK_POLICY_ENABLE);
     arv_device_set_access_check_policy(device, ARV_ACCESS_CHECK_POLICY_ENABLE);
 
@@ -115,6 +137,9 @@ int ArvCameraImpl::OpenLocked()
     try {
         std::vector<ArvNodeInfo> infos = ArvNodeInfo::Walk(arv_device_get_genicam(device));
         auto graph = std::make_unique<ArvDependencyGraph>(infos);
+        std::unique_ptr<ArvVolatileWatch> watch;
+        if (policy != ARV_REGISTER_CACHE_POLICY_DISABLE)
+            watch = std::make_unique<ArvVolatileWatch>(infos, marks, kPollPeriod);
         std::vector<shared_ptr<ArvFeature>> features;
         std::unordered_map<std::string, int> firstIndex;
         features.reserve(infos.size());
@@ -130,6 +155,7 @@ int ArvCameraImpl::OpenLocked()
             m_FirstIndex = std::move(firstIndex);
         }
         m_Graph = std::move(graph);
+        m_Watch = std::move(watch);
         m_Signatures.assign(m_Features.size(), std::nullopt);
         m_Notifier = std::move(notifier);
     } catch (const std::exception&) {
@@ -140,6 +166,7 @@ int ArvCameraImpl::OpenLocked()
             m_FirstIndex.clear();
         }
         m_Graph.reset();
+        m_Watch.reset();
         return PkoErrorResources;
     }
 
@@ -173,33 +200,45 @@ int ArvCameraImpl::OpenLocked()
         }
     }
 
-    // Frames are optional: a camera without a usable stream still opens.
-    ArvScopedError streamError;
-    m_Stream = arv_device_create_stream(device, nullptr, nullptr, streamError.Out());
-    if (streamError && m_Stream != nullptr) {
-        g_object_unref(m_Stream);
-        m_Stream = nullptr;
-    }
-    if (m_Stream != nullptr)
-        QueueBuffersLocked(kStreamBuffers);
-
+    // The stream waits for the first acquisition (see PrepareCommandLocked).
     try {
         {
             std::lock_guard<std::mutex> calls(m_CallsMutex);
             m_Serving = true;
         }
         m_CallThread = std::thread(&ArvCameraImpl::ServeCalls, this);
-        m_Poller = std::make_unique<ArvPoller>(kPollPeriod, [this] { PollObserved(); });
-        if (m_Stream != nullptr) {
-            m_Receiving = true;
-            m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, session);
-        }
+        m_Poller = std::make_unique<ArvPoller>(kPollPeriod, [this] { return PollObserved(); });
     } catch (const std::system_error&) {
-        m_Receiving = false;
         // Open() closes again, which ends what was started.
         return PkoErrorResources;
     }
     return PkoErrorSuccess;
+}
+
+void ArvCameraImpl::StartStreamLocked()
+{
+    if (m_Stream != nullptr)
+        return;
+    // Frames are optional: without a usable stream the acquisition starts
+    // all the same and delivers none.
+    ArvScopedError streamError;
+    m_Stream = arv_device_create_stream(m_Device, nullptr, nullptr, streamError.Out());
+    if (streamError && m_Stream != nullptr) {
+        g_object_unref(m_Stream);
+        m_Stream = nullptr;
+    }
+    if (m_Stream == nullptr)
+        return;
+    QueueBuffersLocked(kStreamBuffers);
+    try {
+        m_Receiving = true;
+        // It waits for the device lock held here before it looks at the stream.
+        m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, m_Session);
+    } catch (const std::system_error&) {
+        m_Receiving = false;
+        g_object_unref(m_Stream);
+        m_Stream = nullptr;
+    }
 }
 
 int ArvCameraImpl::Close()
@@ -257,6 +296,7 @@ int ArvCameraImpl::Close()
             g_signal_handler_disconnect(device, m_LostHandler);
         m_LostHandler = 0;
         m_Graph.reset();
+        m_Watch.reset();
         m_Signatures.clear();
         m_Acquiring = false;
         lost = m_Lost->load();
@@ -509,7 +549,15 @@ void ArvCameraImpl::ChangedLocked(int index)
     for (int affected : m_Graph->Affected(index)) {
         m_Pending.push_back(affected);
         m_Signatures[affected].reset();
+        if (m_Watch)
+            m_Watch->Forget(affected);
     }
+}
+
+void ArvCameraImpl::PrepareCommandLocked(const std::string& name)
+{
+    if (name == "AcquisitionStart")
+        StartStreamLocked();
 }
 
 void ArvCameraImpl::CommandRunLocked(const std::string& name)
@@ -558,9 +606,12 @@ void ArvCameraImpl::PostLocked()
         m_Notifier->Post(m_Features[index]);
 }
 
-void ArvCameraImpl::PollObserved()
+std::chrono::milliseconds ArvCameraImpl::PollObserved()
 {
     std::vector<int> observed;
+    std::vector<int> due;
+    std::chrono::milliseconds pause = kPollPeriod;
+    bool watched = false;
     unsigned long long session = 0;
     const int listed = WithDevice([&]() -> int {
         if (!m_Open || m_Lost->load())
@@ -570,10 +621,18 @@ void ArvCameraImpl::PollObserved()
             if (!m_Features[i]->Observers().empty())
                 observed.push_back(static_cast<int>(i));
         }
+        watched = m_Watch != nullptr;
+        if (watched)
+            due = m_Watch->StartRound(observed, ArvVolatileWatch::Clock::now(), pause);
         return PkoErrorSuccess;
     });
     if (listed != PkoErrorSuccess)
-        return;
+        return kPollPeriod;
+    return watched ? PollWatched(due, pause, session) : PollEveryObserved(observed, session);
+}
+
+std::chrono::milliseconds ArvCameraImpl::PollEveryObserved(const std::vector<int>& observed, unsigned long long session)
+{
     // One feature per lock, so that clients wait for one read at most.
     for (int index : observed) {
         const int result = WithDevice([&]() -> int {
@@ -595,8 +654,34 @@ void ArvCameraImpl::PollObserved()
         });
         // A stuck call of someone else: the next tick tries again.
         if (result != PkoErrorSuccess)
-            return;
+            break;
     }
+    return kPollPeriod;
+}
+
+std::chrono::milliseconds ArvCameraImpl::PollWatched(const std::vector<int>& due, std::chrono::milliseconds pause,
+                                                     unsigned long long session)
+{
+    // One node per lock, so that clients wait for one read at most.
+    for (int index : due) {
+        const int result = WithDevice([&]() -> int {
+            if (!m_Open || session != m_Session || m_Lost->load())
+                return PkoErrorConnectionLost;
+            std::vector<int> changed;
+            ArvScopedError error;
+            m_Watch->ReadLocked(index, m_Device, changed, error.Out());
+            if (ArvErrors::MeansConnectionLost(error.Get())) {
+                m_Lost->store(true);
+                return PkoErrorConnectionLost;
+            }
+            for (int feature : changed)
+                m_Notifier->Post(m_Features[feature]);
+            return PkoErrorSuccess;
+        });
+        if (result != PkoErrorSuccess)
+            break;
+    }
+    return pause;
 }
 
 long long ArvCameraImpl::PayloadSizeLocked()

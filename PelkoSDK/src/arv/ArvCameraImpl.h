@@ -27,12 +27,24 @@ namespace ZMT::PkoAPI::Arv {
 
 class ArvFeature;
 class ArvPoller;
+class ArvVolatileWatch;
 
 // A camera that Aravis can open (GigE Vision, USB3 Vision, Aravis's fake
-// camera). While open it owns the Aravis device, a stream with a few
-// buffers and four threads: the device thread that makes the clients'
-// calls, notifications, polling of observed features for changes made by
-// the camera (every 200 ms), and frame reception.
+// camera). While open it owns the Aravis device and three threads: the
+// device thread that makes the clients' calls, notifications, and polling
+// of observed features for changes made by the camera; from the first
+// acquisition on also a stream with a few buffers and a thread for frame
+// reception.
+//
+// A description that carries caching information (Cachable, IsVolatile,
+// PollingTime, pInvalidator) gets Aravis's register cache, and only the
+// nodes it marks as changing by themselves are polled (every 200 ms unless
+// the node has a PollingTime); the rest changes only through writes, which
+// the dependency graph follows. Any other description keeps every register
+// uncached and every observed feature polled every 200 ms: Aravis would
+// cache its registers as well, and nothing tells what may change by itself.
+// PKO_GENICAM_CACHE=off treats every description so; =debug has Aravis
+// read each cached register anyway and warn where the cache was wrong.
 //
 // Aravis is not thread-safe: every call on the device, its node map and the
 // stream's control runs under m_Mutex, and a selector write and the access
@@ -67,8 +79,9 @@ public:
     int GetName(std::string& name) const override;
 
     // Opens the device (PkoErrorNotFound when Aravis cannot), walks its node
-    // map and starts the threads; a stream that cannot be set up leaves the
-    // camera open without frames.
+    // map and starts the threads. The stream follows with the first
+    // acquisition; one that cannot be set up leaves the camera without
+    // frames.
     int Open() override;
     // Stops the threads and releases the device; never blocks on a lost one.
     int Close() override;
@@ -118,6 +131,9 @@ public:
     // A write of feature index succeeded: its observers and those of every
     // feature depending on it hear of it. Device lock held.
     void ChangedLocked(int index);
+    // A command is about to run: the first acquisition sets up the stream
+    // and its buffers. Device lock held.
+    void PrepareCommandLocked(const std::string& name);
     // A command ran; keeps the acquisition state. Device lock held.
     void CommandRunLocked(const std::string& name);
 
@@ -167,8 +183,19 @@ private:
     int OpenLocked();
     int RunCommandByName(const char* name);
     void PostLocked();
-    void PollObserved();
+    // One polling round; returns the pause until the next.
+    std::chrono::milliseconds PollObserved();
+    // Polling of a description without marks: every observed feature.
+    std::chrono::milliseconds PollEveryObserved(const std::vector<int>& observed, unsigned long long session);
+    // Polling of a marked description: the watched nodes due.
+    std::chrono::milliseconds PollWatched(const std::vector<int>& due, std::chrono::milliseconds pause,
+                                          unsigned long long session);
     void ReceiveFrames(unsigned long long session);
+    // Sets up the stream, its buffers and the frame thread unless there
+    // are; setting up a GigE Vision stream takes from a few to some fifty
+    // milliseconds, so it waits for the first acquisition instead of
+    // slowing every Open. Device lock held.
+    void StartStreamLocked();
     // Pushes count buffers of the current payload size. Device lock held.
     void QueueBuffersLocked(unsigned int count);
     long long PayloadSizeLocked();
@@ -202,6 +229,8 @@ private:
     // What the poller saw last per feature; reset by writes, so that a
     // client's own write is announced once, by the write.
     std::vector<std::optional<std::string>> m_Signatures;
+    // Null unless the description is marked and the cache is on.
+    std::unique_ptr<ArvVolatileWatch> m_Watch;
     std::vector<int> m_Pending;
     std::shared_ptr<Notifier> m_Notifier;
     std::unique_ptr<ArvPoller> m_Poller;

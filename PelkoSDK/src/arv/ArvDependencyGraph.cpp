@@ -35,7 +35,8 @@ void CollectReads(ArvGcNode* node, NodeSet& reads)
     }
 }
 
-// node and the nodes a write of it passes on to: its pValue chain.
+// node and the nodes a write of it may pass on to: its pValue chain, and
+// for a selector-indexed value every entry's node.
 void CollectWrites(ArvGcNode* node, NodeSet& writes)
 {
     if (!writes.insert(node).second)
@@ -45,7 +46,9 @@ void CollectWrites(ArvGcNode* node, NodeSet& writes)
         if (!ARV_IS_GC_PROPERTY_NODE(child))
             continue;
         auto* property = ARV_GC_PROPERTY_NODE(child);
-        if (arv_gc_property_node_get_node_type(property) != ARV_GC_PROPERTY_NODE_TYPE_P_VALUE)
+        const ArvGcPropertyNodeType type = arv_gc_property_node_get_node_type(property);
+        if (type != ARV_GC_PROPERTY_NODE_TYPE_P_VALUE && type != ARV_GC_PROPERTY_NODE_TYPE_P_VALUE_INDEXED &&
+            type != ARV_GC_PROPERTY_NODE_TYPE_P_VALUE_DEFAULT)
             continue;
         if (ArvGcNode* linked = arv_gc_property_node_get_linked_node(property))
             CollectWrites(linked, writes);
@@ -95,6 +98,13 @@ ArvDependencyGraph::ArvDependencyGraph(const std::vector<ArvNodeInfo>& features)
                 m_Affected[b].push_back(static_cast<int>(a));
         }
     }
+}
+
+std::vector<ArvGcNode*> ArvDependencyGraph::Reads(ArvGcNode* node)
+{
+    NodeSet reads{node};
+    CollectReads(node, reads);
+    return std::vector<ArvGcNode*>(reads.begin(), reads.end());
 }
 
 const std::vector<int>& ArvDependencyGraph::Affected(int index) const

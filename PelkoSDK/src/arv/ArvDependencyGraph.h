@@ -24,6 +24,10 @@ public:
     // index out of range.
     const std::vector<int>& Affected(int index) const;
 
+    // node and every node it reaches through its pointer properties, as
+    // above. Calls Aravis: the caller holds the device lock.
+    static std::vector<ArvGcNode*> Reads(ArvGcNode* node);
+
 private:
     std::vector<std::vector<int>> m_Affected;
 };

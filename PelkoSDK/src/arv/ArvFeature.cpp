@@ -438,6 +438,7 @@ int ArvFeature::RunCommand()
             return PkoErrorWrongType;
         if (const int access = RequireWritableLocked())
             return access;
+        camera.PrepareCommandLocked(m_Info.name);
         ArvScopedError error;
         arv_gc_command_execute(ARV_GC_COMMAND(m_Info.node), error.Out());
         if (error)

@@ -1,11 +1,12 @@
 #include "ArvPoller.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ZMT::PkoAPI::Arv {
 
-ArvPoller::ArvPoller(std::chrono::milliseconds period, std::function<void()> tick)
-    : m_Period(period), m_Tick(std::move(tick))
+ArvPoller::ArvPoller(std::chrono::milliseconds firstPause, Tick tick)
+    : m_FirstPause(firstPause), m_Tick(std::move(tick))
 {
     m_Thread = std::thread(&ArvPoller::Run, this);
 }
@@ -28,12 +29,15 @@ void ArvPoller::Stop()
 
 void ArvPoller::Run()
 {
+    // A camera cannot usefully be asked more often than this.
+    constexpr std::chrono::milliseconds kShortest(5);
+    std::chrono::milliseconds pause = m_FirstPause;
     std::unique_lock<std::mutex> lock(m_Mutex);
     for (;;) {
-        if (m_Wake.wait_for(lock, m_Period, [this] { return m_Stopping; }))
+        if (m_Wake.wait_for(lock, std::max(pause, kShortest), [this] { return m_Stopping; }))
             return;
         lock.unlock();
-        m_Tick();
+        pause = m_Tick();
         lock.lock();
     }
 }

@@ -9,13 +9,16 @@
 
 namespace ZMT::PkoAPI::Arv {
 
-// A thread that runs tick every period until it is stopped. The period is
-// measured from the end of one tick to the start of the next, so a slow
-// camera lowers the rate instead of piling up work.
+// A thread that runs tick until it is stopped, each time after the pause the
+// previous tick asked for (the first after firstPause). The pause runs from
+// the end of one tick to the start of the next, so a slow camera lowers the
+// rate instead of piling up work.
 class ArvPoller {
 public:
+    typedef std::function<std::chrono::milliseconds()> Tick;
+
     // Starts the thread; throws std::system_error when it cannot.
-    ArvPoller(std::chrono::milliseconds period, std::function<void()> tick);
+    ArvPoller(std::chrono::milliseconds firstPause, Tick tick);
     // Stop().
     ~ArvPoller();
     ArvPoller(const ArvPoller&) = delete;
@@ -28,8 +31,8 @@ public:
 private:
     void Run();
 
-    const std::chrono::milliseconds m_Period;
-    const std::function<void()> m_Tick;
+    const std::chrono::milliseconds m_FirstPause;
+    const Tick m_Tick;
     std::mutex m_Mutex;
     std::condition_variable m_Wake;
     bool m_Stopping = false;
