@@ -224,12 +224,13 @@ QString PkoTool::HelpText()
         "      trigger and I/O features) in the order they must be written.\n"
         "      The format follows the file name (.txt, .pfs: GenICam text) unless given.\n"
         "  load CAMERA FILE [--dry-run] [--partial] [--stop-on-error]\n"
-        "                   [--rollback-on-error] [--backup FILE] [--verbose]\n"
+        "                   [--rollback-on-error] [--backup FILE] [--verbose] [--progress]\n"
         "      Checks the whole file, keeps the current values (in FILE with --backup),\n"
         "      writes each entry and reads it back. With any error in the file nothing\n"
         "      is written, unless --partial. --dry-run only checks. --stop-on-error stops\n"
         "      at the first refused write; --rollback-on-error then also writes the kept\n"
-        "      values back and verifies them. --verbose lists applied entries too.\n"
+        "      values back and verifies them. --verbose lists applied entries too;\n"
+        "      --progress prints [done/total] on standard error as entries are written.\n"
         "  diff CAMERA FILE\n"
         "      Compares the camera with the file, feature by feature: only the differences.\n"
         "\n"
@@ -276,7 +277,8 @@ int PkoTool::Run(const QStringList& arguments)
         {QStringLiteral("save"), {QStringLiteral("only"), QStringLiteral("format")}},
         {QStringLiteral("load"),
          {QStringLiteral("dry-run"), QStringLiteral("partial"), QStringLiteral("stop-on-error"),
-          QStringLiteral("rollback-on-error"), QStringLiteral("backup"), QStringLiteral("verbose")}},
+          QStringLiteral("rollback-on-error"), QStringLiteral("backup"), QStringLiteral("verbose"),
+          QStringLiteral("progress")}},
         {QStringLiteral("diff"), {}},
     };
     if (!known.contains(command))
@@ -776,6 +778,13 @@ int PkoTool::Load(const QStringList& positional, const ToolArguments& arguments)
         return Fail(ExitBadInput, QStringLiteral("--backup needs a file name"));
     options.backupFormat = FormatForPath(options.backupPath);
     SettingsLoader loader(m_Camera, layout);
+    if (arguments.IsSet(QStringLiteral("progress"))) {
+        FILE* err = m_Err;
+        loader.SetProgress([err](int done, int total) {
+            std::fprintf(err, "[%d/%d]\n", done, total);
+            std::fflush(err);
+        });
+    }
     const LoadReport report = loader.Load(document, options);
     problems += report.problems;
     for (const SettingsProblem& problem : problems)
