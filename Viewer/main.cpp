@@ -12,7 +12,10 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QStringList>
+#include <QTranslator>
 
 #include <cstring>
 #include <iostream>
@@ -92,6 +95,19 @@ int main(int argc, char** argv)
     // plugins/ and the translations are found beside the program however it
     // was started.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
+
+    // The viewer's own texts, and Qt's (dialog buttons), in the user's
+    // language where a translation exists; English otherwise.
+    QTranslator qtTranslator;
+    if (qtTranslator.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                          QLibraryInfo::location(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(&qtTranslator);
+    }
+    QTranslator viewerTranslator;
+    if (viewerTranslator.load(QLocale(), QStringLiteral("pelkoviewer"), QStringLiteral("_"),
+                              QCoreApplication::applicationDirPath())) {
+        QCoreApplication::installTranslator(&viewerTranslator);
+    }
 
     ViewerLog log;
     PluginLoader plugins(log);
