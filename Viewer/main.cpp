@@ -86,12 +86,17 @@ int main(int argc, char** argv)
                                              QStringLiteral("Print the tab titles once the window has settled."));
     const QCommandLineOption startOption(QStringLiteral("start-acquisition"),
                                          QStringLiteral("Start the camera's acquisition once it is open."));
-    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption});
+    const QCommandLineOption loadOption(QStringLiteral("load-settings"),
+                                        QStringLiteral("Load a settings file into the camera once it is open."),
+                                        QStringLiteral("FILE"));
+    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption, loadOption});
     parser.process(app);
 
     // Relative to where the user started us, before we move.
     const QString screenshotPath =
         parser.isSet(screenshotOption) ? QFileInfo(parser.value(screenshotOption)).absoluteFilePath() : QString();
+    const QString settingsPath =
+        parser.isSet(loadOption) ? QFileInfo(parser.value(loadOption)).absoluteFilePath() : QString();
     // plugins/ and the translations are found beside the program however it
     // was started.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
@@ -130,6 +135,9 @@ int main(int argc, char** argv)
         window.ToggleAcquisition();
     }
     window.show();
+    if (!settingsPath.isEmpty() && window.Camera()) {
+        window.LoadSettings(settingsPath);
+    }
 
     ScreenshotJob screenshot(window, screenshotPath, parser.isSet(printTabsOption));
     if (!screenshotPath.isEmpty() || parser.isSet(printTabsOption)) {
