@@ -42,7 +42,7 @@ CameraListDialog::CameraListDialog(const QString& currentId, QWidget* parent)
     : QDialog(parent), m_List(new QListWidget(this))
 {
     setObjectName(QStringLiteral("cameraListDialog"));
-    setWindowTitle(QStringLiteral("Open Camera"));
+    setWindowTitle(tr("Open Camera"));
     m_List->setObjectName(QStringLiteral("cameraList"));
     for (const CameraEntry& entry : Cameras()) {
         QListWidgetItem* item = new QListWidgetItem(QStringLiteral("%1  \u2014  %2").arg(entry.id, entry.name), m_List);
@@ -61,7 +61,7 @@ CameraListDialog::CameraListDialog(const QString& currentId, QWidget* parent)
     connect(m_List, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
 
     QVBoxLayout* layout = new QVBoxLayout(this);
-    layout->addWidget(new QLabel(QStringLiteral("Cameras the SDK can reach:"), this));
+    layout->addWidget(new QLabel(tr("Cameras the SDK can reach:"), this));
     layout->addWidget(m_List);
     layout->addWidget(buttons);
     resize(480, 300);

@@ -135,7 +135,7 @@ void FeatureTableModel::SetFeatures(const FeatureList& features)
     for (const Row& row : qAsConst(m_Rows)) {
         const int result = row.feature->RegisterObserver(m_Observer);
         if (result != PkoErrorSuccess) {
-            m_Log.Problem(QStringLiteral("Feature %1 will not update live: registering the observer failed with %2")
+            m_Log.Problem(tr("Feature %1 will not update live: registering the observer failed with %2")
                               .arg(row.name, ErrorText(result)));
         }
     }
@@ -179,7 +179,7 @@ QVariant FeatureTableModel::data(const QModelIndex& index, int role) const
                 case ValueColumn:
                     return row.value;
                 case AccessColumn:
-                    return row.writable ? QStringLiteral("read/write") : QStringLiteral("read-only");
+                    return row.writable ? tr("read/write") : tr("read-only");
                 default:
                     return QVariant();
             }
@@ -195,7 +195,7 @@ QVariant FeatureTableModel::data(const QModelIndex& index, int role) const
             return QVariant();
         case Qt::ToolTipRole:
             if (index.column() == ValueColumn && row.dataType == ZMT::PkoAPI::PkoFeatureDataEnum) {
-                return QStringLiteral("Available now: ") + row.availableEntries.join(QStringLiteral(", "));
+                return tr("Available now: ") + row.availableEntries.join(QStringLiteral(", "));
             }
             return QVariant();
         default:
@@ -210,13 +210,13 @@ QVariant FeatureTableModel::headerData(int section, Qt::Orientation orientation,
     }
     switch (section) {
         case NameColumn:
-            return QStringLiteral("Feature");
+            return tr("Feature");
         case TypeColumn:
-            return QStringLiteral("Type");
+            return tr("Type");
         case ValueColumn:
-            return QStringLiteral("Value");
+            return tr("Value");
         case AccessColumn:
-            return QStringLiteral("Access");
+            return tr("Access");
         default:
             return QVariant();
     }
@@ -300,19 +300,18 @@ bool FeatureTableModel::Write(Row& row, const QVariant& value, int role)
                 }
                 break;
             default:
-                m_Log.Problem(
-                    QStringLiteral("Feature %1 of type %2 cannot be edited").arg(row.name, TypeName(row.dataType)));
+                m_Log.Problem(tr("Feature %1 of type %2 cannot be edited").arg(row.name, TypeName(row.dataType)));
                 return false;
         }
         if (!parsed) {
-            m_Log.Problem(QStringLiteral("\"%1\" is no value for %2 (%3)").arg(text, row.name, TypeName(row.dataType)));
+            m_Log.Problem(tr("\"%1\" is no value for %2 (%3)").arg(text, row.name, TypeName(row.dataType)));
             return false;
         }
     } else {
         return false;
     }
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(QStringLiteral("Could not set %1 to \"%2\": %3").arg(row.name, shown, ErrorText(result)));
+        m_Log.Problem(tr("Could not set %1 to \"%2\": %3").arg(row.name, shown, ErrorText(result)));
         return false;
     }
     m_Log.Info(QStringLiteral("%1 = %2").arg(row.name, shown));

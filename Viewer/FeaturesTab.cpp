@@ -21,7 +21,7 @@ FeaturesTab::FeaturesTab(ViewerLog& log, QWidget* parent)
     m_Proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
 
     m_Filter->setObjectName(QStringLiteral("featureFilter"));
-    m_Filter->setPlaceholderText(QStringLiteral("Filter by feature name"));
+    m_Filter->setPlaceholderText(tr("Filter by feature name"));
     m_Filter->setClearButtonEnabled(true);
     connect(m_Filter, &QLineEdit::textChanged, this, &FeaturesTab::OnFilterChanged);
 

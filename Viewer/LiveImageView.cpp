@@ -38,9 +38,9 @@ LiveImageView::LiveImageView(QWidget* parent)
     setMinimumSize(240, 200);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_CounterLabel->setObjectName(QStringLiteral("liveFrameCounter"));
-    m_CounterLabel->setToolTip(QStringLiteral("Frames the camera delivered since it was opened"));
+    m_CounterLabel->setToolTip(tr("Frames the camera delivered since it was opened"));
     m_RateLabel->setObjectName(QStringLiteral("liveFrameRate"));
-    m_RateLabel->setToolTip(QStringLiteral("Frames per second over the last second"));
+    m_RateLabel->setToolTip(tr("Frames per second over the last second"));
     m_RateLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     QHBoxLayout* labels = new QHBoxLayout;
@@ -156,7 +156,7 @@ QRect LiveImageView::ImageRect() const
 
 QString LiveImageView::CounterText() const
 {
-    return m_Camera ? QStringLiteral("Frames: %1").arg(m_Frames) : QString();
+    return m_Camera ? tr("Frames: %1").arg(m_Frames) : QString();
 }
 
 QString LiveImageView::RateText() const
@@ -172,8 +172,7 @@ void LiveImageView::paintEvent(QPaintEvent* event)
     painter.fillRect(area, QColor(0x20, 0x20, 0x20));
     if (m_Image.isNull()) {
         painter.setPen(QColor(0xb0, 0xb0, 0xb0));
-        painter.drawText(area, Qt::AlignCenter,
-                         m_Camera ? QStringLiteral("No frame yet") : QStringLiteral("No camera open"));
+        painter.drawText(area, Qt::AlignCenter, m_Camera ? tr("No frame yet") : tr("No camera open"));
         return;
     }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);

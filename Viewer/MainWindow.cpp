@@ -4,16 +4,21 @@
 #include "FeaturesTab.h"
 #include "LiveImageView.h"
 #include "PluginLoader.h"
+#include "SettingsChecker.h"
+#include "SettingsLoadDialog.h"
+#include "SettingsValue.h"
 
 #include <PkoAPI/PkoAPI.h>
 #include <PkoAPI/Sim/SimTypes.h>
 
 #include <QAction>
 #include <QApplication>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
@@ -48,13 +53,16 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
       m_CameraLabel(new QLabel(this)),
       m_StateLabel(new QLabel(this)),
       m_FramesField(new QLineEdit(this)),
-      m_OpenButton(new QPushButton(QStringLiteral("Open Camera\u2026"), this)),
-      m_AcquisitionButton(new QPushButton(QStringLiteral("Start Acquisition"), this)),
+      m_OpenButton(new QPushButton(tr("Open Camera…"), this)),
+      m_AcquisitionButton(new QPushButton(tr("Start Acquisition"), this)),
       m_Tabs(new QTabWidget(this)),
       m_FeaturesTab(new FeaturesTab(log, this)),
       m_LiveView(new LiveImageView(this)),
       m_LogView(new QPlainTextEdit(this)),
       m_PollTimer(new QTimer(this)),
+      m_SaveSettingsAction(nullptr),
+      m_LoadSettingsAction(nullptr),
+      m_CompareAction(nullptr),
       m_Streaming(false),
       m_Lost(false)
 {
@@ -72,18 +80,18 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
     m_FramesField->setReadOnly(true);
     m_FramesField->setAlignment(Qt::AlignRight);
     m_FramesField->setFixedWidth(90);
-    m_FramesField->setToolTip(QStringLiteral("Frames the camera delivered since it was opened"));
+    m_FramesField->setToolTip(tr("Frames the camera delivered since it was opened"));
     m_OpenButton->setObjectName(QStringLiteral("openCameraButton"));
     m_AcquisitionButton->setObjectName(QStringLiteral("acquisitionButton"));
     m_AcquisitionButton->setMinimumWidth(140);
     m_Tabs->setObjectName(QStringLiteral("tabs"));
-    m_Tabs->addTab(m_FeaturesTab, QStringLiteral("Features"));
+    m_Tabs->addTab(m_FeaturesTab, tr("Features"));
     m_LogView->setObjectName(QStringLiteral("logView"));
     m_LogView->setReadOnly(true);
     m_LogView->setMaximumBlockCount(2000);
-    m_LogView->setPlaceholderText(QStringLiteral("Viewer messages"));
+    m_LogView->setPlaceholderText(tr("Viewer messages"));
 
-    QLabel* framesLabel = new QLabel(QStringLiteral("Frames:"), this);
+    QLabel* framesLabel = new QLabel(tr("Frames:"), this);
     framesLabel->setBuddy(m_FramesField);
     QHBoxLayout* header = new QHBoxLayout;
     header->addWidget(m_CameraLabel, 1);
@@ -120,13 +128,20 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
     layout->addWidget(splitter, 1);
     setCentralWidget(central);
 
-    QMenu* cameraMenu = menuBar()->addMenu(QStringLiteral("&Camera"));
-    QAction* openAction = cameraMenu->addAction(QStringLiteral("&Open Camera\u2026"), this, SLOT(ChooseCamera()));
+    QMenu* cameraMenu = menuBar()->addMenu(tr("&Camera"));
+    QAction* openAction = cameraMenu->addAction(tr("&Open Camera…"), this, SLOT(ChooseCamera()));
     openAction->setShortcut(QKeySequence::Open);
-    cameraMenu->addAction(QStringLiteral("Start/Stop &Acquisition"), this, SLOT(ToggleAcquisition()),
+    cameraMenu->addAction(tr("Start/Stop &Acquisition"), this, SLOT(ToggleAcquisition()),
                           QKeySequence(Qt::CTRL + Qt::Key_Space));
     cameraMenu->addSeparator();
-    QAction* quitAction = cameraMenu->addAction(QStringLiteral("&Quit"), this, SLOT(close()));
+    m_SaveSettingsAction = cameraMenu->addAction(tr("&Save Settings…"), this, SLOT(ChooseSettingsToSave()));
+    m_SaveSettingsAction->setObjectName(QStringLiteral("saveSettingsAction"));
+    m_LoadSettingsAction = cameraMenu->addAction(tr("&Load Settings…"), this, SLOT(ChooseSettingsToLoad()));
+    m_LoadSettingsAction->setObjectName(QStringLiteral("loadSettingsAction"));
+    m_CompareAction = cameraMenu->addAction(tr("Compare &With File…"), this, SLOT(ChooseFileToCompare()));
+    m_CompareAction->setObjectName(QStringLiteral("compareSettingsAction"));
+    cameraMenu->addSeparator();
+    QAction* quitAction = cameraMenu->addAction(tr("&Quit"), this, SLOT(close()));
     quitAction->setShortcut(QKeySequence::Quit);
 
     connect(m_OpenButton, SIGNAL(clicked()), this, SLOT(ChooseCamera()));
@@ -143,7 +158,7 @@ MainWindow::MainWindow(PluginLoader& plugins, ViewerLog& log, QWidget* parent)
     if (!m_Log.Problems().isEmpty()) {
         statusBar()->showMessage(m_Log.Problems().last());
     } else {
-        statusBar()->showMessage(QStringLiteral("%1 tab plug-in(s) loaded").arg(m_Plugins.Plugins().size()));
+        statusBar()->showMessage(tr("%1 tab plug-in(s) loaded").arg(m_Plugins.Plugins().size()));
     }
     m_PollTimer->setInterval(kPollIntervalMs);
     UpdateHeader();
@@ -162,7 +177,7 @@ bool MainWindow::OpenCameraById(const QString& id)
     ZMT::PkoAPI::CameraPtr camera;
     const int result = ZMT::PkoAPI::PkoSystem::GetInstance().GetCameraByID(id.toLatin1().constData(), camera);
     if (result != PkoErrorSuccess || !camera) {
-        m_Log.Problem(QStringLiteral("No camera with ID %1 (%2); known cameras: %3")
+        m_Log.Problem(tr("No camera with ID %1 (%2); known cameras: %3")
                           .arg(id, ErrorText(result), CameraListDialog::CameraIds().join(QStringLiteral(", "))));
         return false;
     }
@@ -179,16 +194,15 @@ bool MainWindow::OpenCamera(const ZMT::PkoAPI::CameraPtr& camera)
     camera->GetID(id);
     int result = camera->Open();
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(
-            QStringLiteral("Could not open camera %1: %2").arg(QString::fromStdString(id), ErrorText(result)));
+        m_Log.Problem(tr("Could not open camera %1: %2").arg(QString::fromStdString(id), ErrorText(result)));
         UpdateHeader();
         return false;
     }
     std::vector<ZMT::PkoAPI::FeaturePtr> features;
     result = camera->GetFeatures(features);
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(QStringLiteral("Could not read the features of camera %1: %2")
-                          .arg(QString::fromStdString(id), ErrorText(result)));
+        m_Log.Problem(
+            tr("Could not read the features of camera %1: %2").arg(QString::fromStdString(id), ErrorText(result)));
         camera->Close();
         UpdateHeader();
         return false;
@@ -199,7 +213,7 @@ bool MainWindow::OpenCamera(const ZMT::PkoAPI::CameraPtr& camera)
     for (const ZMT::PkoAPI::FeaturePtr& feature : features) {
         m_Features->append(feature);
     }
-    m_Log.Info(QStringLiteral("Opened camera %1 with %2 features").arg(CameraId()).arg(m_Features->size()));
+    m_Log.Info(tr("Opened camera %1 with %2 features").arg(CameraId()).arg(m_Features->size()));
 
     CreatePluginPages();
     m_FeaturesTab->SetFeatures(m_Features);
@@ -222,6 +236,8 @@ void MainWindow::CloseCamera()
     if (!m_Camera) {
         return;
     }
+    // A load in progress is cancelled and waited for: it uses the camera.
+    delete m_LoadDialog.data();
     m_PollTimer->stop();
     m_LiveView->SetCamera(ZMT::PkoAPI::CameraPtr());
     // A lost camera would only refuse.
@@ -229,8 +245,7 @@ void MainWindow::CloseCamera()
         ZMT::PkoAPI::Sim::WriterScope scope(kWriterName);
         const int result = m_Camera->StopAcquisition();
         if (result != PkoErrorSuccess) {
-            m_Log.Problem(
-                QStringLiteral("Could not stop acquisition of camera %1: %2").arg(CameraId(), ErrorText(result)));
+            m_Log.Problem(tr("Could not stop acquisition of camera %1: %2").arg(CameraId(), ErrorText(result)));
         }
     }
     SetStreaming(false);
@@ -241,7 +256,7 @@ void MainWindow::CloseCamera()
     const QString id = CameraId();
     const int result = m_Camera->Close();
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(QStringLiteral("Could not close camera %1: %2").arg(id, ErrorText(result)));
+        m_Log.Problem(tr("Could not close camera %1: %2").arg(id, ErrorText(result)));
     }
     m_Camera.reset();
     m_Lost = false;
@@ -263,23 +278,23 @@ void MainWindow::CreatePluginPages()
         try {
             code = plugin->tabExtension->CreateTabWidget(m_Features, page);
         } catch (const std::exception& error) {
-            failure = QStringLiteral("threw %1").arg(QString::fromLocal8Bit(error.what()));
+            failure = tr("threw %1").arg(QString::fromLocal8Bit(error.what()));
         } catch (...) {
-            failure = QStringLiteral("threw an exception");
+            failure = tr("threw an exception");
         }
         if (code == 4) {
-            failure = QStringLiteral("does not support the camera (code 4)");
+            failure = tr("does not support the camera (code 4)");
         } else if (code != 0) {
-            failure = QStringLiteral("failed with code %1").arg(code);
+            failure = tr("failed with code %1").arg(code);
         }
         if (!failure.isEmpty()) {
             m_Tabs->removeTab(index);
             delete page;
             if (code == 4) {
-                m_Log.Problem(QStringLiteral("Camera %1 does not support the %2 tab; tab removed")
-                                  .arg(CameraId(), plugin->baseName));
+                m_Log.Problem(
+                    tr("Camera %1 does not support the %2 tab; tab removed").arg(CameraId(), plugin->baseName));
             } else {
-                m_Log.Problem(QStringLiteral("Plug-in %1 could not make its tab for camera %2: it %3; tab removed")
+                m_Log.Problem(tr("Plug-in %1 could not make its tab for camera %2: it %3; tab removed")
                                   .arg(plugin->filePath, CameraId(), failure));
             }
             continue;
@@ -315,11 +330,11 @@ QStringList MainWindow::TabTitles() const
 void MainWindow::ToggleAcquisition()
 {
     if (!m_Camera) {
-        m_Log.Problem(QStringLiteral("No camera is open"));
+        m_Log.Problem(tr("No camera is open"));
         return;
     }
     if (m_Lost) {
-        m_Log.Problem(QStringLiteral("Camera %1 was lost; open it again to retry").arg(CameraId()));
+        m_Log.Problem(tr("Camera %1 was lost; open it again to retry").arg(CameraId()));
         return;
     }
     const bool start = !m_Camera->IsAcquiring();
@@ -329,11 +344,11 @@ void MainWindow::ToggleAcquisition()
         result = start ? m_Camera->StartAcquisition() : m_Camera->StopAcquisition();
     }
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(
-            QStringLiteral("Could not %1 acquisition of camera %2: %3")
-                .arg(start ? QStringLiteral("start") : QStringLiteral("stop"), CameraId(), ErrorText(result)));
+        m_Log.Problem((start ? tr("Could not start acquisition of camera %1: %2")
+                             : tr("Could not stop acquisition of camera %1: %2"))
+                          .arg(CameraId(), ErrorText(result)));
     } else {
-        m_Log.Info(QStringLiteral("Acquisition %1").arg(start ? QStringLiteral("started") : QStringLiteral("stopped")));
+        m_Log.Info(start ? tr("Acquisition started") : tr("Acquisition stopped"));
     }
     SetStreaming(m_Camera->IsAcquiring());
     UpdateHeader();
@@ -358,7 +373,7 @@ void MainWindow::OnPoll()
         return;
     }
     if (!m_Camera->IsOpen()) {
-        m_Log.Problem(QStringLiteral("Camera %1 is no longer open; it was closed or lost").arg(CameraId()));
+        m_Log.Problem(tr("Camera %1 is no longer open; it was closed or lost").arg(CameraId()));
         CloseCamera();
         return;
     }
@@ -375,7 +390,7 @@ void MainWindow::OnConnectionLost()
     m_PollTimer->stop();
     m_LiveView->Freeze();
     SetStreaming(false);
-    m_Log.Problem(QStringLiteral("Camera %1 was lost").arg(CameraId()));
+    m_Log.Problem(tr("Camera %1 was lost").arg(CameraId()));
     UpdateHeader();
 }
 
@@ -399,11 +414,11 @@ void MainWindow::SetStreaming(bool isStreaming)
 void MainWindow::UpdateHeader()
 {
     if (!m_Camera) {
-        m_CameraLabel->setText(QStringLiteral("<b>No camera open</b>"));
-        m_StateLabel->setText(QStringLiteral("\u25CB Closed"));
+        m_CameraLabel->setText(tr("<b>No camera open</b>"));
+        m_StateLabel->setText(tr("○ Closed"));
         m_FramesField->setText(QString());
         m_AcquisitionButton->setEnabled(false);
-        m_AcquisitionButton->setText(QStringLiteral("Start Acquisition"));
+        m_AcquisitionButton->setText(tr("Start Acquisition"));
         setWindowTitle(QStringLiteral("PelkoViewer"));
         return;
     }
@@ -417,21 +432,236 @@ void MainWindow::UpdateHeader()
         title += QStringLiteral(" (%1)").arg(CameraId());
     }
     m_CameraLabel->setText(QStringLiteral("<b>%1</b>").arg(title.toHtmlEscaped()));
-    m_CameraLabel->setToolTip(QStringLiteral("ID %1, model %2").arg(CameraId(), QString::fromStdString(model)));
-    m_StateLabel->setText(m_Streaming ? QStringLiteral("<span style=\"color:#1a7f37\">\u25CF</span> Acquiring")
-                                      : QStringLiteral("<span style=\"color:#888888\">\u25CF</span> Idle"));
+    m_CameraLabel->setToolTip(tr("ID %1, model %2").arg(CameraId(), QString::fromStdString(model)));
+    m_StateLabel->setText(m_Streaming ? tr("<span style=\"color:#1a7f37\">●</span> Acquiring")
+                                      : tr("<span style=\"color:#888888\">●</span> Idle"));
     m_FramesField->setText(QString::number(m_Camera->FramesDelivered()));
     if (m_Lost) {
-        m_StateLabel->setText(QStringLiteral("<span style=\"color:#cf222e\">\u25CF</span> Lost"));
+        m_StateLabel->setText(tr("<span style=\"color:#cf222e\">●</span> Lost"));
         m_AcquisitionButton->setEnabled(false);
-        m_AcquisitionButton->setText(QStringLiteral("Start Acquisition"));
-        setWindowTitle(QStringLiteral("PelkoViewer \u2014 %1 (lost)").arg(CameraId()));
+        m_AcquisitionButton->setText(tr("Start Acquisition"));
+        setWindowTitle(tr("PelkoViewer — %1 (lost)").arg(CameraId()));
         return;
     }
     m_AcquisitionButton->setEnabled(true);
-    m_AcquisitionButton->setText(m_Streaming ? QStringLiteral("Stop Acquisition")
-                                             : QStringLiteral("Start Acquisition"));
+    m_AcquisitionButton->setText(m_Streaming ? tr("Stop Acquisition") : tr("Start Acquisition"));
     setWindowTitle(QStringLiteral("PelkoViewer \u2014 %1").arg(CameraId()));
+}
+
+void MainWindow::RefreshTabs()
+{
+    if (!m_Camera) {
+        return;
+    }
+    RemovePluginPages();
+    CreatePluginPages();
+    m_FeaturesTab->SetFeatures(m_Features);
+    if (!m_PluginPages.isEmpty()) {
+        m_Tabs->setCurrentIndex(0);
+    }
+    // New tabs learn that the camera streams as they did on opening.
+    if (m_Streaming) {
+        emit streamingChanged(true);
+    }
+}
+
+bool MainWindow::SaveSettings(const QString& path, SettingsFile::Format format, SettingsSaver::Scope scope)
+{
+    if (!m_Camera || m_Lost) {
+        m_Log.Problem(tr("No camera is open"));
+        return false;
+    }
+    FeatureLayout layout;
+    int result = layout.Build(m_Camera);
+    SettingsDocument document;
+    QStringList notes;
+    if (result == PkoErrorSuccess) {
+        result = SettingsSaver::Save(m_Camera, layout, scope, document, notes);
+    }
+    for (const QString& note : notes) {
+        m_Log.Info(note);
+    }
+    if (result != PkoErrorSuccess) {
+        m_Log.Problem(tr("Could not save the settings of camera %1: %2; %3 not written")
+                          .arg(CameraId(), ErrorText(result), path));
+        return false;
+    }
+    QString error;
+    if (!SettingsFile::Write(path, document, format, error)) {
+        m_Log.Problem(tr("Could not save the settings: %1").arg(error));
+        return false;
+    }
+    m_Log.Info(tr("Saved %1 values of camera %2 to %3").arg(document.entries.size()).arg(CameraId(), path));
+    return true;
+}
+
+SettingsLoadDialog* MainWindow::LoadSettings(const QString& path, bool partial)
+{
+    if (!m_Camera || m_Lost) {
+        m_Log.Problem(tr("No camera is open"));
+        return nullptr;
+    }
+    if (m_LoadDialog) {
+        m_Log.Problem(tr("A load of settings is running already"));
+        return nullptr;
+    }
+    SettingsDocument document;
+    QVector<SettingsProblem> problems;
+    if (!SettingsFile::Read(path, document, problems)) {
+        m_Log.Problem(tr("Could not load the settings: %1").arg(problems.value(0).ToText()));
+        if (isVisible()) {
+            QMessageBox::warning(this, tr("Load Settings"), problems.value(0).ToText());
+        }
+        return nullptr;
+    }
+    // The check reads only; what it finds decides whether to go on.
+    FeatureLayout layout;
+    layout.Build(m_Camera);
+    SettingsDocument checked = document;
+    std::string model;
+    m_Camera->GetModel(model);
+    problems += SettingsChecker::Check(checked, layout, QString::fromStdString(model)).problems;
+    QStringList errors;
+    for (const SettingsProblem& problem : problems) {
+        if (problem.IsError()) {
+            errors << problem.ToText();
+        }
+    }
+    if (!errors.isEmpty() && !partial) {
+        for (const QString& error : errors) {
+            m_Log.Problem(error);
+        }
+        if (!isVisible()) {
+            return nullptr;
+        }
+        QMessageBox question(QMessageBox::Warning, tr("Load Settings"),
+                             tr("The file has %n error(s); nothing has been written.", nullptr, errors.size()),
+                             QMessageBox::Cancel, this);
+        question.setInformativeText(tr("Write the entries without errors?"));
+        question.setDetailedText(errors.join(QLatin1Char('\n')));
+        QPushButton* rest = question.addButton(tr("Load the Rest"), QMessageBox::AcceptRole);
+        question.exec();
+        if (question.clickedButton() != rest) {
+            return nullptr;
+        }
+        partial = true;
+    }
+
+    SettingsLoader::Options options;
+    options.partial = partial;
+    // The tabs move selectors of their own as they refresh; they come back
+    // made anew once the load has ended.
+    RemovePluginPages();
+    m_FeaturesTab->SetFeatures(FeatureTableModel::FeatureList());
+    m_LoadDialog = new SettingsLoadDialog(m_Camera, document, options, this);
+    m_LoadDialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_LoadDialog->setWindowModality(Qt::WindowModal);
+    connect(m_LoadDialog, SIGNAL(loadFinished()), this, SLOT(OnSettingsLoaded()));
+    m_Log.Info(tr("Loading %1 into camera %2").arg(path, CameraId()));
+    m_LoadDialog->show();
+    m_LoadDialog->Start();
+    return m_LoadDialog;
+}
+
+void MainWindow::OnSettingsLoaded()
+{
+    if (m_LoadDialog) {
+        m_Log.Info(m_LoadDialog->Report().statusMessage);
+    }
+    RefreshTabs();
+}
+
+bool MainWindow::CompareWithFile(const QString& path, QVector<SettingsDifference>& differences, bool show)
+{
+    differences.clear();
+    if (!m_Camera || m_Lost) {
+        m_Log.Problem(tr("No camera is open"));
+        return false;
+    }
+    SettingsDocument document;
+    QVector<SettingsProblem> problems;
+    if (!SettingsFile::Read(path, document, problems)) {
+        m_Log.Problem(tr("Could not compare with the file: %1").arg(problems.value(0).ToText()));
+        if (show) {
+            QMessageBox::warning(this, tr("Compare With File"), problems.value(0).ToText());
+        }
+        return false;
+    }
+    FeatureLayout layout;
+    layout.Build(m_Camera);
+    int equal = 0;
+    const int result = SettingsComparer::Compare(m_Camera, layout, document, differences, equal, problems);
+    if (result != PkoErrorSuccess) {
+        m_Log.Problem(tr("Could not compare camera %1 with %2: %3").arg(CameraId(), path, ErrorText(result)));
+        return false;
+    }
+    QStringList lines;
+    for (const SettingsDifference& difference : differences) {
+        if (difference.kind == SettingsDifference::Kind::Different) {
+            lines << tr("%1: camera %2, file %3")
+                         .arg(difference.entry.Key(), SettingsValue::ToText(difference.cameraValue),
+                              SettingsValue::ToText(difference.entry.value));
+        } else {
+            lines << tr("%1: %2").arg(difference.entry.Key(), difference.message);
+        }
+    }
+    const QString summary = differences.isEmpty()
+                                ? tr("The camera holds every value of %1 (%2 values).").arg(path).arg(equal)
+                                : tr("%n value(s) of the camera differ from %1", nullptr, differences.size()).arg(path);
+    m_Log.Info(summary);
+    for (const QString& line : lines) {
+        m_Log.Info(line);
+    }
+    if (show) {
+        QMessageBox box(differences.isEmpty() ? QMessageBox::Information : QMessageBox::Warning,
+                        tr("Compare With File"), summary, QMessageBox::Ok, this);
+        if (!lines.isEmpty()) {
+            box.setInformativeText(lines.mid(0, 12).join(QLatin1Char('\n')) +
+                                   (lines.size() > 12 ? QStringLiteral("\n…") : QString()));
+            box.setDetailedText(lines.join(QLatin1Char('\n')));
+        }
+        box.exec();
+    }
+    return true;
+}
+
+void MainWindow::ChooseSettingsToSave()
+{
+    if (!m_Camera) {
+        m_Log.Problem(tr("No camera is open"));
+        return;
+    }
+    const QString json = tr("Settings (*.json)");
+    const QString text = tr("GenICam persistence text (*.txt *.pfs)");
+    const QString triggerIo = tr("Only trigger and I/O, settings (*.json)");
+    QString filter = json;
+    QString path =
+        QFileDialog::getSaveFileName(this, tr("Save Settings"), CameraId() + QStringLiteral(".json"),
+                                     QStringList({json, triggerIo, text}).join(QStringLiteral(";;")), &filter);
+    if (path.isEmpty()) {
+        return;
+    }
+    SaveSettings(path, filter == text ? SettingsFile::Format::GenicamText : SettingsFile::Format::Json,
+                 filter == triggerIo ? SettingsSaver::Scope::TriggerIo : SettingsSaver::Scope::All);
+}
+
+void MainWindow::ChooseSettingsToLoad()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Load Settings"), QString(),
+                                                      tr("Settings (*.json *.txt *.pfs);;All files (*)"));
+    if (!path.isEmpty()) {
+        LoadSettings(path);
+    }
+}
+
+void MainWindow::ChooseFileToCompare()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Compare With File"), QString(),
+                                                      tr("Settings (*.json *.txt *.pfs);;All files (*)"));
+    QVector<SettingsDifference> differences;
+    if (!path.isEmpty()) {
+        CompareWithFile(path, differences);
+    }
 }
 
 QString MainWindow::CameraId() const

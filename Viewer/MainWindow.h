@@ -2,6 +2,9 @@
 #define MAINWINDOW_H
 
 #include "FeatureTableModel.h"
+#include "SettingsComparer.h"
+#include "SettingsFile.h"
+#include "SettingsSaver.h"
 #include "ViewerLog.h"
 
 #include <PkoAPI/Camera.h>
@@ -15,12 +18,14 @@
 class FeaturesTab;
 class LiveImageView;
 class PluginLoader;
+class QAction;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
 class QTabWidget;
 class QTimer;
+class SettingsLoadDialog;
 
 // The viewer's window: the open camera's name, state and frame counter, an
 // Acquisition Start/Stop button, one tab per tab extension plug-in (filled by
@@ -59,6 +64,25 @@ public:
     FeaturesTab* Features() const { return m_FeaturesTab; }
     LiveImageView* LiveView() const { return m_LiveView; }
 
+    // Saves the open camera's settings to path. Returns false, and logs
+    // why, without camera, when the camera is lost while saving (nothing is
+    // written then) or when the file cannot be written.
+    bool SaveSettings(const QString& path, SettingsFile::Format format, SettingsSaver::Scope scope);
+    // Reads and checks the file, then loads it into the camera in a
+    // SettingsLoadDialog (shown, window-modal) that reports how it goes.
+    // The plug-in tabs and the Features tab are taken down while the load
+    // runs and made anew from the camera when it has ended. A file with
+    // errors is refused with a message, unless partial (write what passed
+    // the check). Returns the dialog (it deletes itself when closed), or
+    // null when nothing is loaded (no camera, unreadable file, refused).
+    SettingsLoadDialog* LoadSettings(const QString& path, bool partial = false);
+    // Compares the camera with the file. Shows the differences in a message
+    // box when show is true; returns them. differences empty and false
+    // returned when the file cannot be read or there is no camera.
+    bool CompareWithFile(const QString& path, QVector<SettingsDifference>& differences, bool show = true);
+    // Makes the plug-in tabs and the Features tab anew from the camera.
+    void RefreshTabs();
+
 public slots:
     // Starts acquisition when idle, stops it when acquiring, then emits
     // streamingChanged with the camera's new state. A refusal of the camera
@@ -66,6 +90,10 @@ public slots:
     void ToggleAcquisition();
     // Lets the user pick another camera and opens it.
     void ChooseCamera();
+    // Camera > Save Settings..., Load Settings..., Compare With File...
+    void ChooseSettingsToSave();
+    void ChooseSettingsToLoad();
+    void ChooseFileToCompare();
 
 signals:
     // The camera started (true) or stopped (false) acquiring.
@@ -74,6 +102,7 @@ signals:
 private slots:
     void OnPoll();
     void OnLogMessage(ViewerLog::Level level, const QString& message);
+    void OnSettingsLoaded();
 
 private:
     void CreatePluginPages();
@@ -95,6 +124,10 @@ private:
     LiveImageView* m_LiveView;
     QPlainTextEdit* m_LogView;
     QTimer* m_PollTimer;
+    QAction* m_SaveSettingsAction;
+    QAction* m_LoadSettingsAction;
+    QAction* m_CompareAction;
+    QPointer<SettingsLoadDialog> m_LoadDialog;
 
     ZMT::PkoAPI::CameraPtr m_Camera;
     FeatureTableModel::FeatureList m_Features;

@@ -3,6 +3,8 @@
 #include "MainWindow.h"
 
 #include <QCoreApplication>
+#include <QDialog>
+#include <QPainter>
 #include <QPixmap>
 #include <QTimer>
 
@@ -37,7 +39,17 @@ void ScreenshotJob::OnTick()
     if (m_Path.isEmpty()) {
         return;
     }
-    const QPixmap picture = m_Window.grab();
+    QPixmap picture = m_Window.grab();
+    // A dialog the window shows (the report of a settings load) is a window
+    // of its own: drawn over the middle of the window, as a user sees it.
+    for (QDialog* dialog : m_Window.findChildren<QDialog*>()) {
+        if (!dialog->isVisible() || picture.isNull()) {
+            continue;
+        }
+        const QPixmap shown = dialog->grab();
+        QPainter painter(&picture);
+        painter.drawPixmap((picture.width() - shown.width()) / 2, (picture.height() - shown.height()) / 2, shown);
+    }
     if (picture.isNull() || !picture.save(m_Path, "PNG")) {
         std::cerr << "PelkoViewer: could not write the screenshot " << m_Path.toLocal8Bit().constData() << std::endl;
         QCoreApplication::exit(1);

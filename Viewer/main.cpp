@@ -14,9 +14,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QStringList>
+#include <QTranslator>
 
 #include <cstring>
+#include <initializer_list>
 #include <iostream>
 
 namespace {
@@ -61,10 +65,10 @@ QString HomeFolder()
 // What is wrong with the options given, "" when nothing: a value that is
 // empty or given twice would otherwise be taken silently (and an empty
 // screenshot path leaves a viewer without display running for ever).
-QString OptionProblem(const QCommandLineParser& parser, const QCommandLineOption& camera,
+QString OptionProblem(const QCommandLineParser& parser, std::initializer_list<const QCommandLineOption*> withValues,
                       const QCommandLineOption& screenshot)
 {
-    for (const QCommandLineOption* option : {&camera, &screenshot}) {
+    for (const QCommandLineOption* option : withValues) {
         const QString name = QStringLiteral("--") + option->names().first();
         const QStringList values = parser.values(*option);
         if (values.size() > 1) {
@@ -133,9 +137,12 @@ int main(int argc, char** argv)
                                              QStringLiteral("Print the tab titles once the window has settled."));
     const QCommandLineOption startOption(QStringLiteral("start-acquisition"),
                                          QStringLiteral("Start the camera's acquisition once it is open."));
-    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption});
+    const QCommandLineOption loadOption(QStringLiteral("load-settings"),
+                                        QStringLiteral("Load a settings file into the camera once it is open."),
+                                        QStringLiteral("FILE"));
+    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption, loadOption});
     parser.process(app);
-    const QString problem = OptionProblem(parser, cameraOption, screenshotOption);
+    const QString problem = OptionProblem(parser, {&cameraOption, &screenshotOption, &loadOption}, screenshotOption);
     if (!problem.isEmpty()) {
         std::cerr << "PelkoViewer: " << problem.toLocal8Bit().constData() << "\n";
         return 2;
@@ -145,7 +152,21 @@ int main(int argc, char** argv)
     // them all before we move.
     const QString screenshotPath =
         parser.isSet(screenshotOption) ? QFileInfo(parser.value(screenshotOption)).absoluteFilePath() : QString();
+    const QString settingsPath =
+        parser.isSet(loadOption) ? QFileInfo(parser.value(loadOption)).absoluteFilePath() : QString();
     QDir::setCurrent(HomeFolder());
+
+    // The viewer's own texts, and Qt's (dialog buttons), in the user's
+    // language where a translation exists; English otherwise.
+    QTranslator qtTranslator;
+    if (qtTranslator.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                          QLibraryInfo::location(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(&qtTranslator);
+    }
+    QTranslator viewerTranslator;
+    if (viewerTranslator.load(QLocale(), QStringLiteral("pelkoviewer"), QStringLiteral("_"), QDir::currentPath())) {
+        QCoreApplication::installTranslator(&viewerTranslator);
+    }
 
     ViewerLog log;
     PluginLoader plugins(log);
@@ -168,6 +189,9 @@ int main(int argc, char** argv)
         window.ToggleAcquisition();
     }
     window.show();
+    if (!settingsPath.isEmpty() && window.Camera()) {
+        window.LoadSettings(settingsPath);
+    }
 
     ScreenshotJob screenshot(window, screenshotPath, parser.isSet(printTabsOption));
     if (!screenshotPath.isEmpty() || parser.isSet(printTabsOption)) {

@@ -10,7 +10,7 @@
 include(CMakePackageConfigHelpers)
 
 # The programs of pelko-viewer; each has its man page in doc/<program>.1.
-set(PKO_PROGRAMS PelkoViewer)
+set(PKO_PROGRAMS PelkoViewer pko-tool)
 
 set(PKO_PACKAGING_DIR ${CMAKE_BINARY_DIR}/packaging)
 set(PKO_PACKAGE_viewer pelko-viewer)

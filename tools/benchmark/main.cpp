@@ -2,8 +2,12 @@
 // naming generation and on the simulated model of the same family, and
 // counts the register transactions of each step on the fake cameras.
 //
-//   pko-benchmark [--runs N] [--generation 1|2|3]
-//   pko-benchmark --signals [--runs N]   (the simulated pulse train alone)
+//   pko-benchmark [--runs N] [--generation 1|2|3] [--part tab|settings|signals]
+//
+// The settings part saves every feature to a settings document and loads it
+// back, against the minimum of one read per value (save) and one write and
+// one read per value (load). The signals part plays a 100 kHz pulse train on
+// the simulated cameras.
 //
 // Figures are medians of N runs (default 5), all generations by default.
 // PKO_BENCHMARK_BUSIEST=1 also prints the most read registers of each step;
@@ -13,6 +17,7 @@
 // the loopback camera port while tests hold it.
 
 #include "FakeGvCamera.h"
+#include "SettingsBenchmark.h"
 #include "SignalBenchmark.h"
 #include "TabBenchmark.h"
 #include "TransactionCounter.h"
@@ -247,22 +252,120 @@ bool RunSimulated(const Generation& generation, int run, QVector<TabBenchmark::R
     return true;
 }
 
+QString SettingsCell(const QVector<SettingsBenchmark::Result>& results,
+                     SettingsBenchmark::Figure SettingsBenchmark::Result::*step)
+{
+    QVector<qint64> times;
+    QVector<long long> transactions;
+    for (const SettingsBenchmark::Result& result : results) {
+        const SettingsBenchmark::Figure& figure = result.*step;
+        times << figure.nanoseconds;
+        transactions << figure.transactions;
+    }
+    std::sort(transactions.begin(), transactions.end());
+    const long long count = Median(transactions);
+    if (count < 0)
+        return Milliseconds(Median(times)) + " / n/a";
+    QString cell = Milliseconds(Median(times)) + " / " + QString::number(count);
+    if (transactions.first() != transactions.last())
+        cell += QStringLiteral(" (%1..%2)").arg(transactions.first()).arg(transactions.last());
+    return cell;
+}
+
+QString SettingsRow(const QString& camera, const QVector<SettingsBenchmark::Result>& results)
+{
+    const int values = results.isEmpty() ? 0 : results.first().values;
+    const bool counted = !results.isEmpty() && results.first().save.transactions >= 0;
+    return QStringLiteral("| %1 | %2 | %3 | %4 | %5 | %6 | %7 |")
+        .arg(camera)
+        .arg(values)
+        .arg(SettingsCell(results, &SettingsBenchmark::Result::save),
+             counted ? QString::number(values) : QStringLiteral("n/a"),
+             SettingsCell(results, &SettingsBenchmark::Result::check),
+             SettingsCell(results, &SettingsBenchmark::Result::load),
+             counted ? QString::number(2 * values) : QStringLiteral("n/a"));
+}
+
+QString SettingsRunLine(const QString& what, int run, const SettingsBenchmark::Result& result)
+{
+    QString line = QStringLiteral("  %1, run %2: %3 values; save %4")
+                       .arg(what)
+                       .arg(run + 1)
+                       .arg(result.values)
+                       .arg(Milliseconds(result.save.nanoseconds));
+    if (result.save.transactions >= 0)
+        line += QStringLiteral("/%1(%2w)").arg(result.save.transactions).arg(result.save.writes);
+    line += QStringLiteral("; dry run %1").arg(Milliseconds(result.check.nanoseconds));
+    if (result.check.transactions >= 0)
+        line += QStringLiteral("/%1").arg(result.check.transactions);
+    line += QStringLiteral("; load %1").arg(Milliseconds(result.load.nanoseconds));
+    if (result.load.transactions >= 0)
+        line += QStringLiteral("/%1(%2w)").arg(result.load.transactions).arg(result.load.writes);
+    return line + QStringLiteral("; %1 applied").arg(result.applied);
+}
+
+// One settings run on a fake camera of its own; false with the reason
+// printed on failure.
+bool RunSettingsFake(const Generation& generation, int run, QVector<SettingsBenchmark::Result>& results)
+{
+    FakeGvCamera fake(FakeGvCamera::GenicamFile(QString::fromLatin1(generation.description)), QStringLiteral("BSET"));
+    TransactionCounter::Prepare(fake);
+    if (!fake.Start()) {
+        Print("fake camera: " + fake.ErrorString());
+        return false;
+    }
+    const TransactionCounter counter(fake);
+    ZMT::PkoAPI::CameraPtr camera = FindFakeCamera(fake.Serial());
+    if (!camera || camera->Open() != 0) {
+        Print("the SDK cannot open the fake camera " + fake.Serial());
+        return false;
+    }
+    const SettingsBenchmark::Result result = SettingsBenchmark::Run(camera, &counter);
+    camera->Close();
+    if (!result.error.isEmpty()) {
+        Print("  GigE settings run failed: " + result.error);
+        return false;
+    }
+    Print(SettingsRunLine(QStringLiteral("GigE"), run, result));
+    results << result;
+    return true;
+}
+
+bool RunSettingsSimulated(const Generation& generation, int run, QVector<SettingsBenchmark::Result>& results)
+{
+    ZMT::PkoAPI::CameraPtr camera;
+    if (ZMT::PkoAPI::PkoSystem::GetInstance().GetCameraByID(generation.model, camera) != 0 || !camera ||
+        camera->Open() != 0) {
+        Print(QStringLiteral("no simulated camera %1").arg(QString::fromLatin1(generation.model)));
+        return false;
+    }
+    const SettingsBenchmark::Result result = SettingsBenchmark::Run(camera, nullptr);
+    camera->Close();
+    if (!result.error.isEmpty()) {
+        Print("  simulated settings run failed: " + result.error);
+        return false;
+    }
+    Print(SettingsRunLine(QString::fromLatin1(generation.model), run, result));
+    results << result;
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[])
 {
     int runs = 5;
     int only = 0;
-    bool signalsOnly = false;
+    QString part;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--signals") == 0) {
-            signalsOnly = true;
-        } else if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) {
+        if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) {
             runs = std::max(1, std::atoi(argv[++i]));
         } else if (std::strcmp(argv[i], "--generation") == 0 && i + 1 < argc) {
             only = std::atoi(argv[++i]);
+        } else if (std::strcmp(argv[i], "--part") == 0 && i + 1 < argc) {
+            part = QString::fromLatin1(argv[++i]);
         } else if (std::strcmp(argv[i], "-platform") != 0 && argv[i][0] == '-') {
-            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3] [--signals]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3] [--part tab|settings|signals]\n", argv[0]);
             return 2;
         }
     }
@@ -275,7 +378,7 @@ int main(int argc, char* argv[])
         for (const QString& row : SignalBenchmark::Run(runs))
             Print(row);
     };
-    if (signalsOnly) {
+    if (part == QLatin1String("signals")) {
         printSignals();
         return 0;
     }
@@ -287,8 +390,32 @@ int main(int argc, char* argv[])
     QStringList rows;
     QStringList backgrounds;
     QStringList tools;
+    QStringList settingsRows;
     bool ok = true;
     for (const Generation& generation : kGenerations) {
+        if (part == QLatin1String("tab") || (only != 0 && generation.label[0] != '0' + only))
+            continue;
+        Print(QStringLiteral("settings, generation %1: %2 / %3")
+                  .arg(QString::fromLatin1(generation.label), QString::fromLatin1(generation.description),
+                       QString::fromLatin1(generation.model)));
+        QVector<SettingsBenchmark::Result> fake;
+        QVector<SettingsBenchmark::Result> simulated;
+        for (int run = 0; run < runs && ok; ++run)
+            ok = RunSettingsFake(generation, run, fake);
+        for (int run = 0; run < runs && ok; ++run)
+            ok = RunSettingsSimulated(generation, run, simulated);
+        if (!ok)
+            return 1;
+        settingsRows << SettingsRow(QStringLiteral("gen %1, GigE loopback").arg(QString::fromLatin1(generation.label)),
+                                    fake);
+        settingsRows << SettingsRow(
+            QStringLiteral("gen %1, %2")
+                .arg(QString::fromLatin1(generation.label), QString::fromLatin1(generation.model)),
+            simulated);
+    }
+    for (const Generation& generation : kGenerations) {
+        if (part == QLatin1String("settings"))
+            continue;
         if (only != 0 && generation.label[0] != '0' + only)
             continue;
         Print(QStringLiteral("generation %1: %2 / %3")
@@ -317,6 +444,18 @@ int main(int argc, char* argv[])
     if (!ok)
         return 1;
 
+    if (!settingsRows.isEmpty()) {
+        Print(QStringLiteral("\nSettings of all features, medians of %1 runs, wall time / register transactions "
+                             "(range when runs differ), against the minimum:\n")
+                  .arg(runs));
+        Print(QStringLiteral("| camera | values | save | minimum | dry run (check) | load | minimum |"));
+        Print(QStringLiteral("|---|---|---|---|---|---|---|"));
+        for (const QString& row : settingsRows)
+            Print(row);
+    }
+    if (rows.isEmpty())
+        return 0;
+
     Print(QStringLiteral("\nMedians of %1 runs, wall time / register transactions (range when runs differ) "
                          "[distinct registers]:\n")
               .arg(runs));
@@ -336,6 +475,7 @@ int main(int argc, char* argv[])
                        "[distinct registers] (the tool's connection):"));
     for (const QString& line : tools)
         Print(line);
-    printSignals();
+    if (part.isEmpty())
+        printSignals();
     return 0;
 }
