@@ -723,15 +723,10 @@ void ArvCameraImpl::ReceiveFrames(unsigned long long session)
         ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 100000);
         if (buffer == nullptr)
             continue;
-        bool delivered = false;
+        bool converted = false;
+        Frame frame;
         try {
-            Frame frame;
-            if (ArvFrameConverter::ToMono8(buffer, frame)) {
-                frame.id = m_FramesDelivered.load() + 1;
-                std::lock_guard<std::mutex> frameLock(m_FrameMutex);
-                m_LatestFrame = std::move(frame);
-                delivered = true;
-            }
+            converted = ArvFrameConverter::ToMono8(buffer, frame);
         } catch (const std::bad_alloc&) {
             // The frame is dropped; the next one may fit.
         }
@@ -743,7 +738,15 @@ void ArvCameraImpl::ReceiveFrames(unsigned long long session)
             return;
         }
         m_CallSince.store(SteadyNow());
+        // A camera may send a frame more after the last one of a single- or
+        // multi-frame acquisition: it is not delivered.
+        const bool delivered = converted && m_Acquiring.load();
         if (delivered) {
+            frame.id = m_FramesDelivered.load() + 1;
+            {
+                std::lock_guard<std::mutex> frameLock(m_FrameMutex);
+                m_LatestFrame = std::move(frame);
+            }
             ++m_FramesDelivered;
             ++m_FramesThisAcquisition;
             if (m_FrameLimit != 0 && m_FramesThisAcquisition >= m_FrameLimit && m_Acquiring.load()) {
