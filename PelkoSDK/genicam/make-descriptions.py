@@ -115,10 +115,11 @@ def enumeration(name, entries, pvalue, display=None, avail=None, locked=None, se
     w()
 
 def integer(name, pvalue=None, value=None, mn=None, mx=None, inc=None, display=None, avail=None, locked=None,
-            selected=(), ns='Standard', visibility=None, desc=None, pmax=None):
+            selected=(), ns='Standard', visibility=None, desc=None, pmax=None, access=None):
     w(f'\t<Integer Name="{name}" NameSpace="{ns}">')
     for l in common_head(display, desc, avail, locked): w(l)
     if visibility: w(f'\t\t<Visibility>{visibility}</Visibility>')
+    if access: w(f'\t\t<ImposedAccessMode>{access}</ImposedAccessMode>')
     if pvalue: w(f'\t\t<pValue>{pvalue}</pValue>')
     if value is not None: w(f'\t\t<Value>{value}</Value>')
     if mn is not None: w(f'\t\t<Min>{mn}</Min>')
@@ -372,7 +373,7 @@ def counters():
                             '.'),
                 display='Counter Event Source')
     intreg('CounterEventSourceRegister', 0x4400, index='CounterSelectorValue', entries=len(names), signed=True)
-    integer('CounterValue', 'CounterValueRegister', mn=0, mx=0x7fffffffffffffff, display='Counter Value')
+    integer('CounterValue', 'CounterValueRegister', mn=0, mx=0x7fffffffffffffff, display='Counter Value', access='RO')
     intreg('CounterValueRegister', 0x4420, 'RO', index='CounterSelectorValue', entries=len(names), stride=8, length=8,
            volatile=True,
            invalidators=['CounterResetRegister'],

@@ -194,7 +194,11 @@ private slots:
         QVERIFY(SettingsFile::Read(file, read, problems));
         SettingsLoader loader(camera, layout);
         const LoadReport report = loader.Load(read, SettingsLoader::Options());
-        QVERIFY2(report.AllApplied(), qPrintable(Outcomes(report).join('\n')));
+        QStringList problemsOnly;
+        for (const QString& outcome : Outcomes(report))
+            if (!outcome.contains(QStringLiteral(" applied")))
+                problemsOnly << outcome;
+        QVERIFY2(report.AllApplied(), qPrintable(problemsOnly.join(QLatin1Char(10))));
         QCOMPARE(Differences(camera, layout, saved), QStringList());
         camera->Close();
         // What the camera holds, seen over a connection of its own.
