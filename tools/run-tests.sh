@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Runs the whole test suite twice: a strict build (-Werror), then one with the
-# address and undefined-behaviour sanitizers. --no-sanitizer skips the second.
-# Between the two, the strict build is packed into Debian packages, which are
-# checked with lintian and tested unpacked (tools/test-packages.sh).
+# Runs the whole test suite twice: a strict build (-Werror), then one with
+# the address and undefined-behaviour sanitizers; --no-sanitizer skips the
+# second. After the strict pass
+# the build is packed into Debian packages, which are checked with lintian
+# and tested unpacked (tools/test-packages.sh). Sanitizer builds run several
+# times slower: PKO_TEST_TIME_SCALE stretches the tests' waits for them.
 #
 # The tests start fake GigE Vision cameras on 127.0.0.1, and camera discovery
 # broadcasts on every network interface. So the suite runs in a network
@@ -43,8 +45,9 @@ echo "== packages"
 "$root/tools/package.sh" "$root/build-test"
 "$root/tools/test-packages.sh" "$root/build-test"
 if [ "${1:-}" != "--no-sanitizer" ]; then
-  echo "== sanitizer build and tests"
-  ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+  echo "== address and undefined-behaviour sanitizers"
+  PKO_TEST_TIME_SCALE=3 ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 \
+    UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
     LSAN_OPTIONS=suppressions=$root/tools/lsan.supp:print_suppressions=0 \
     run_suite "$root/build-asan" -DPKO_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 fi

@@ -1,8 +1,8 @@
 // Soak: every tab plug-in of the build made and destroyed over and over on
-// a simulated camera whose inputs pulse, while eight threads write features
-// and the camera notifies. No crash, no notification for a destroyed tab
-// (the sanitizer passes of the suite would see the use after free), and
-// memory flat after the warm-up.
+// a simulated camera whose inputs pulse, while eight threads write features,
+// a ninth saves and loads settings files, and the camera notifies. No crash,
+// no notification for a destroyed tab (the sanitizer passes of the suite
+// would see the use after free), and memory flat after the warm-up.
 //
 //   tst_soak [--cycles N] [--seconds N] [Qt Test options]
 //
@@ -10,7 +10,11 @@
 // tst_soak --cycles 1000 or --seconds 3600. The resident size at the start,
 // after the warm-up and at the end is printed.
 
+#include "FeatureLayout.h"
 #include "PluginLoader.h"
+#include "SettingsFile.h"
+#include "SettingsLoader.h"
+#include "SettingsSaver.h"
 #include "TestTime.h"
 #include "ViewerLog.h"
 
@@ -21,6 +25,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSharedPointer>
+#include <QTemporaryDir>
 #include <QVector>
 #include <QWidget>
 #include <QtTest>
@@ -92,7 +97,62 @@ private:
     int m_Seed;
 };
 
+// Saves the trigger and I/O settings to a file, reads the file and loads it
+// back, in turn as JSON and as GenICam text, until told to stop. The writers
+// move the selectors meanwhile, so entries may come back adjusted or
+// refused; what must hold is that every save and every read succeeds.
+class SettingsCycler {
+public:
+    SettingsCycler(const CameraPtr& camera, const QString& folder) : m_Camera(camera), m_Folder(folder) {}
+    void Run(const std::atomic<bool>& stop, std::atomic<int>& cycles, std::atomic<int>& failures)
+    {
+        FeatureLayout layout;
+        if (layout.Build(m_Camera) != PkoErrorSuccess) {
+            ++failures;
+            return;
+        }
+        SettingsLoader loader(m_Camera, layout);
+        SettingsLoader::Options options;
+        options.partial = true;
+        for (int i = 0; !stop.load(); ++i) {
+            const bool json = i % 2 == 0;
+            const QString path = m_Folder + (json ? QStringLiteral("/soak.json") : QStringLiteral("/soak.txt"));
+            SettingsDocument saved;
+            QStringList notes;
+            QString error;
+            SettingsDocument read;
+            QVector<SettingsProblem> problems;
+            if (SettingsSaver::Save(m_Camera, layout, SettingsSaver::Scope::TriggerIo, saved, notes) !=
+                    PkoErrorSuccess ||
+                !SettingsFile::Write(path, saved, json ? SettingsFile::Format::Json : SettingsFile::Format::GenicamText,
+                                     error) ||
+                !SettingsFile::Read(path, read, problems) || read.entries.size() != saved.entries.size()) {
+                ++failures;
+                continue;
+            }
+            loader.Load(read, options);
+            ++cycles;
+        }
+    }
+
+private:
+    CameraPtr m_Camera;
+    QString m_Folder;
+};
+
 }  // namespace
+
+#if defined(__SANITIZE_ADDRESS__)
+// The address sanitizer keeps freed memory aside (256 MB by default) to see
+// late uses of it; until that quarantine is full the resident size grows for
+// the sanitizer's sake alone and hides a leak of ours. 16 MB still holds the
+// blocks of the last tabs destroyed. ASAN_OPTIONS given to the test overrides
+// this.
+extern "C" const char* __asan_default_options()
+{
+    return "quarantine_size_mb=16";
+}
+#endif
 
 class TestSoak : public QObject {
     Q_OBJECT
@@ -120,6 +180,12 @@ private slots:
         for (int i = 0; i < 8; ++i) {
             threads.emplace_back([&, i] { Writer(camera, i).Run(stop, writes); });
         }
+        QTemporaryDir folder;
+        QVERIFY(folder.isValid());
+        std::atomic<int> settingsCycles{0};
+        std::atomic<int> settingsFailures{0};
+        threads.emplace_back(
+            [&] { SettingsCycler(camera, folder.path()).Run(stop, settingsCycles, settingsFailures); });
 
         const long start = ResidentKiB();
         long warm = -1;
@@ -151,10 +217,13 @@ private slots:
         QCoreApplication::processEvents();
         const long end = ResidentKiB();
         std::printf(
-            "soak: %d cycles of %d tab(s) in %.1f s, %lld writes; resident %ld KiB at start, %ld after %d "
-            "cycles, %ld at the end\n",
-            cycles, int(plugins.Plugins().size()), clock.elapsed() / 1000.0, writes.load(), start, warm, warmUp, end);
+            "soak: %d cycles of %d tab(s) in %.1f s, %lld writes, %d settings files saved and loaded; resident %ld "
+            "KiB at start, %ld after %d cycles, %ld at the end\n",
+            cycles, int(plugins.Plugins().size()), clock.elapsed() / 1000.0, writes.load(), settingsCycles.load(),
+            start, warm, warmUp, end);
         QVERIFY(writes.load() > 0);
+        QVERIFY(settingsCycles.load() > 0);
+        QCOMPARE(settingsFailures.load(), 0);
         // Flat after the warm-up: a leak of a tab's worth per cycle shows.
         if (cycles >= 4 * warmUp && warm > 0)
             QVERIFY2(end - warm < 20 * 1024 + warm / 10, "resident size grew after the warm-up");
