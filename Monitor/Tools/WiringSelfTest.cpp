@@ -177,14 +177,14 @@ bool WiringSelfTest::PrepareOutput()
     m_Saved = saved;
     m_HaveSaved = true;
 
-    // Low first, so that switching the source makes no pulse.
+    // The value last: a "GPO" bit reads back only once the output follows it.
     QString failed;
-    if (!lines.WriteUserValue(output, saved.userSource, false))
-        failed = tr("the user output");
-    else if (!lines.WriteSource(output, saved.userSource))
+    if (!lines.WriteSource(output, saved.userSource))
         failed = lines.SourceName();
     else if (!lines.WriteInverted(output, false))
         failed = lines.InverterName();
+    else if (!lines.WriteUserValue(output, saved.userSource, false))
+        failed = tr("the user output");
     if (!failed.isEmpty()) {
         const bool restored = RestoreSaved();
         Finish(State::Failed,
