@@ -42,8 +42,6 @@ TimingSettings TimingSettingsReader::Read() const
         lines.ReadInverted(line, output.inverted);
         if (IoLines::IsUserSource(output.source))
             lines.ReadUserValue(line, output.source, output.userValue);
-        else if (output.source == "Direct")
-            output.userValue = false;
         settings.outputs << output;
     }
     return settings;
