@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kRowHeight = 34;
 constexpr int kTitleWidth = 110;
-constexpr int kCaptionWidth = 190;
+constexpr int kCaptionWidth = 260;
 constexpr int kMargin = 8;
 
 }  // namespace
