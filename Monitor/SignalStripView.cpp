@@ -108,7 +108,10 @@ void SignalStripView::paintEvent(QPaintEvent*)
         painter.drawLine(x, area.top(), x, area.bottom());
         painter.setPen(QColor(170, 175, 185));
         const QString label = ago == 0.0 ? QString("0 s") : QString("-%1 s").arg(ago);
-        painter.drawText(QRect(x - 30, area.bottom() + 2, 60, kAxisHeight - 2), Qt::AlignHCenter | Qt::AlignTop, label);
+        // Labels stay inside the widget: the newest one at the right edge.
+        const int left = std::min(x - 30, width() - 62);
+        painter.drawText(QRect(left, area.bottom() + 2, 60, kAxisHeight - 2),
+                         (left < x - 30 ? Qt::AlignRight : Qt::AlignHCenter) | Qt::AlignTop, label);
     }
 
     // One trace per line: low at the bottom of its row, high at the top.

@@ -59,7 +59,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
 
-    void shouldShowTheTriggerIoTabBesideTheFeaturesTab();
+    void shouldShowTheTriggerIoAndMonitorTabsBesideTheFeaturesTab();
     void shouldRemoveThePageOfARefusingPluginAndSaySo();
     void shouldStartAndStopAcquisitionAndTellTheTabs();
     void shouldTellTheTabsWhenTheCameraStopsByItself();
@@ -90,12 +90,13 @@ void MainWindowTest::cleanupTestCase()
     m_Log.reset();
 }
 
-void MainWindowTest::shouldShowTheTriggerIoTabBesideTheFeaturesTab()
+void MainWindowTest::shouldShowTheTriggerIoAndMonitorTabsBesideTheFeaturesTab()
 {
     MainWindow window(*m_Plugins, *m_Log);
     SimCameraPtr camera = Model("SIM-LINE-ROUTING");
     QVERIFY(window.OpenCamera(camera));
-    QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("Features")}));
+    QCOMPARE(window.TabTitles(),
+             (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("I/O Monitor"), QStringLiteral("Features")}));
     QCOMPARE(window.Tabs()->currentIndex(), 0);
     QWidget* page = window.Tabs()->widget(0);
     QVERIFY(page->findChild<QWidget*>(QStringLiteral("IOTriggerWidget")) != nullptr);
@@ -344,7 +345,8 @@ void MainWindowTest::shouldDestroyTheTabsOfTheOldCameraWhenAnotherOpens()
     QVERIFY(oldWidget.isNull());
     QVERIFY(!first->IsOpen());
     QVERIFY(second->IsOpen());
-    QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("Features")}));
+    QCOMPARE(window.TabTitles(),
+             (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("I/O Monitor"), QStringLiteral("Features")}));
     QVERIFY(window.Tabs()->widget(0)->findChild<QWidget*>(QStringLiteral("IOTriggerWidget")) != nullptr);
 }
 
