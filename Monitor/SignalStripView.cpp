@@ -4,7 +4,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
+#include <QVector>
 
 #include <cmath>
 #include <limits>
@@ -126,19 +126,29 @@ void SignalStripView::paintEvent(QPaintEvent*)
         const std::deque<SignalHistory::Change>& changes = m_History->Changes(line);
         if (changes.empty())
             continue;
-        QPainterPath path;
-        double x = std::max(XAtTime(changes.front().timeMs), static_cast<double>(area.left()));
+        // At most a few points per pixel column: changes that fall into one
+        // column are drawn as one vertical stroke, however many there are.
+        QVector<QPoint> points;
+        points.reserve(4 * area.width());
         bool level = changes.front().high;
-        path.moveTo(x, level ? high : low);
+        int column = static_cast<int>(std::max(XAtTime(changes.front().timeMs), static_cast<double>(area.left())));
+        points.append(QPoint(column, level ? high : low));
         for (std::size_t i = 1; i < changes.size(); ++i) {
-            const double nx = std::max(XAtTime(changes[i].timeMs), static_cast<double>(area.left()));
-            path.lineTo(nx, level ? high : low);
+            const int x = static_cast<int>(std::max(XAtTime(changes[i].timeMs), static_cast<double>(area.left())));
+            if (x != column || points.size() < 2) {
+                points.append(QPoint(x, level ? high : low));
+                points.append(QPoint(x, changes[i].high ? high : low));
+            } else {
+                // Same column: the stroke covers both levels, the last one carries on.
+                points.last() = QPoint(x, changes[i].high ? high : low);
+                points[points.size() - 2] = QPoint(x, changes[i].high ? low : high);
+            }
+            column = x;
             level = changes[i].high;
-            path.lineTo(nx, level ? high : low);
         }
-        path.lineTo(XAtTime(end), level ? high : low);
-        painter.setPen(QPen(QColor(90, 220, 120), 1.5));
-        painter.drawPath(path);
+        points.append(QPoint(static_cast<int>(XAtTime(end)), level ? high : low));
+        painter.setPen(QPen(QColor(90, 220, 120), 0));
+        painter.drawPolyline(points.constData(), points.size());
     }
 
     // Marks: frames as short blue ticks, software triggers as orange ones above them.
