@@ -1,7 +1,7 @@
 #include "CameraCounters.h"
 
 #include "FeatureManager.h"
-#include "SelectorRoundTrip.h"
+#include "MonitorSelectorTrip.h"
 
 CameraCounters::CameraCounters(FeatureManager* manager) : m_Manager(manager) {}
 
@@ -12,7 +12,7 @@ bool CameraCounters::Probe()
     if (!m_Manager->IsAvailable("CounterSelector") || !m_Manager->IsAvailable("CounterValue"))
         return false;
     const QStringList entries = m_Manager->GetAvailableValues("CounterSelector");
-    SelectorRoundTrip trip(m_Manager, "CounterSelector");
+    MonitorSelectorTrip trip(m_Manager, "CounterSelector");
     for (const QString& entry : entries) {
         if (!trip.Select(entry))
             continue;
@@ -41,7 +41,7 @@ bool CameraCounters::Read()
     if (m_Entries.isEmpty())
         return true;
     bool ok = true;
-    SelectorRoundTrip trip(m_Manager, "CounterSelector");
+    MonitorSelectorTrip trip(m_Manager, "CounterSelector");
     for (auto it = m_Entries.constBegin(); it != m_Entries.constEnd(); ++it) {
         if (!trip.Select(it.value())) {
             ok = false;
@@ -59,7 +59,7 @@ bool CameraCounters::Read()
 bool CameraCounters::Reset()
 {
     bool ok = true;
-    SelectorRoundTrip trip(m_Manager, "CounterSelector");
+    MonitorSelectorTrip trip(m_Manager, "CounterSelector");
     for (auto it = m_Entries.constBegin(); it != m_Entries.constEnd(); ++it) {
         if (!trip.Select(it.value()) || m_Manager->RunCommand("CounterReset"))
             ok = false;

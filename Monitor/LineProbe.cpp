@@ -1,7 +1,7 @@
 #include "LineProbe.h"
 
 #include "FeatureManager.h"
-#include "SelectorRoundTrip.h"
+#include "MonitorSelectorTrip.h"
 
 #include <cmath>
 
@@ -125,7 +125,7 @@ void LineProbe::ReadSetup()
 {
     if (m_Family == Family::None || m_Lines.isEmpty())
         return;
-    SelectorRoundTrip trip(m_Manager, m_Selector);
+    MonitorSelectorTrip trip(m_Manager, m_Selector);
     for (MonitorLine& line : m_Lines) {
         if (m_Family == Family::Standard) {
             if (!trip.Select(line.name))
@@ -162,7 +162,7 @@ bool LineProbe::ReadLevels(unsigned long long& levels)
                 result |= 1ULL << i;
         }
     } else {
-        SelectorRoundTrip trip(m_Manager, m_Selector);
+        MonitorSelectorTrip trip(m_Manager, m_Selector);
         for (int i = 0; i < m_Lines.size() && i < 64; ++i) {
             if (!trip.Select(m_Lines.at(i).name))
                 return false;

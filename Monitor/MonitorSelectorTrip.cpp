@@ -1,21 +1,21 @@
-#include "SelectorRoundTrip.h"
+#include "MonitorSelectorTrip.h"
 
 #include "FeatureManager.h"
 
-SelectorRoundTrip::SelectorRoundTrip(FeatureManager* manager, const QString& selector)
+MonitorSelectorTrip::MonitorSelectorTrip(FeatureManager* manager, const QString& selector)
     : m_Manager(manager), m_Selector(selector)
 {
     m_Saved = m_Manager->GetStringValue(m_Selector);
     m_Current = m_Saved;
 }
 
-SelectorRoundTrip::~SelectorRoundTrip()
+MonitorSelectorTrip::~MonitorSelectorTrip()
 {
     if (m_Current != m_Saved && !m_Saved.isEmpty())
         m_Manager->SetStringValue(m_Selector, m_Saved);
 }
 
-bool SelectorRoundTrip::Select(const QString& entry)
+bool MonitorSelectorTrip::Select(const QString& entry)
 {
     if (entry == m_Current)
         return true;

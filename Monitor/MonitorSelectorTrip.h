@@ -1,5 +1,5 @@
-#ifndef SELECTORROUNDTRIP_H
-#define SELECTORROUNDTRIP_H
+#ifndef MONITORSELECTORTRIP_H
+#define MONITORSELECTORTRIP_H
 
 #include <QString>
 
@@ -9,15 +9,15 @@ class FeatureManager;
 // selector back as it was when the object goes: save, select, act, restore.
 // The selector is written only when it has to move, so a round trip over
 // the entry that is selected already writes nothing.
-class SelectorRoundTrip {
+class MonitorSelectorTrip {
 public:
     // Reads the selector's current entry; manager must outlive the object.
-    SelectorRoundTrip(FeatureManager* manager, const QString& selector);
+    MonitorSelectorTrip(FeatureManager* manager, const QString& selector);
     // Writes the saved entry back when the selector was moved. Cannot fail
     // loudly: a refused write leaves the selector where it is.
-    ~SelectorRoundTrip();
-    SelectorRoundTrip(const SelectorRoundTrip&) = delete;
-    SelectorRoundTrip& operator=(const SelectorRoundTrip&) = delete;
+    ~MonitorSelectorTrip();
+    MonitorSelectorTrip(const MonitorSelectorTrip&) = delete;
+    MonitorSelectorTrip& operator=(const MonitorSelectorTrip&) = delete;
 
     // Moves the selector to entry; false when the camera did not take it
     // (read back), in which case the caller should not trust what it reads.
