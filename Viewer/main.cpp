@@ -8,6 +8,8 @@
 #include "ScreenshotJob.h"
 #include "ViewerLog.h"
 
+#include <PkoAPI/Sim/SimCamera.h>
+
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -17,6 +19,8 @@
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QStringList>
+#include <QTabWidget>
+#include <QTimer>
 #include <QTranslator>
 
 #include <cstring>
@@ -91,6 +95,43 @@ QString OptionProblem(const QCommandLineParser& parser, std::initializer_list<co
     return QString();
 }
 
+// A pulse train for --sim-pulses: LINE:PERIOD_MS:HIGH_MS.
+struct PulseTrain {
+    QString line;
+    double periodMs = 0.0;
+    double highMs = 0.0;
+};
+
+// "" when text is a pulse train (then it is in train), otherwise what is wrong.
+QString ParsePulses(const QString& text, PulseTrain& train)
+{
+    const QStringList parts = text.split(QLatin1Char(':'));
+    if (parts.size() != 3 || parts.at(0).trimmed().isEmpty()) {
+        return QStringLiteral("--sim-pulses %1: expected LINE:PERIOD_MS:HIGH_MS, e.g. Line0:200:50").arg(text);
+    }
+    bool periodOk = false;
+    bool highOk = false;
+    train.line = parts.at(0).trimmed();
+    train.periodMs = parts.at(1).toDouble(&periodOk);
+    train.highMs = parts.at(2).toDouble(&highOk);
+    if (!periodOk || !highOk || !(train.highMs > 0.0) || !(train.periodMs > train.highMs) || train.periodMs > 1e7) {
+        return QStringLiteral("--sim-pulses %1: needs 0 < HIGH_MS < PERIOD_MS (milliseconds, at most 10000000)")
+            .arg(text);
+    }
+    return QString();
+}
+
+// "" when text is a delay in milliseconds from 0 to 600000, otherwise what is wrong.
+QString ParseDelay(const QString& text, int& delayMs)
+{
+    bool ok = false;
+    delayMs = text.toInt(&ok);
+    if (!ok || delayMs < 0 || delayMs > 600000) {
+        return QStringLiteral("--screenshot-after %1: expected milliseconds from 0 to 600000").arg(text);
+    }
+    return QString();
+}
+
 int ListCameras(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
@@ -140,9 +181,29 @@ int main(int argc, char** argv)
     const QCommandLineOption loadOption(QStringLiteral("load-settings"),
                                         QStringLiteral("Load a settings file into the camera once it is open."),
                                         QStringLiteral("FILE"));
-    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption, loadOption});
+    const QCommandLineOption tabOption(QStringLiteral("tab"), QStringLiteral("Show the tab with this title at start."),
+                                       QStringLiteral("NAME"));
+    const QCommandLineOption pulsesOption(
+        QStringLiteral("sim-pulses"),
+        QStringLiteral("Start a pulse train on an input of a simulated camera (e.g. Line0:200:50)."),
+        QStringLiteral("LINE:PERIOD_MS:HIGH_MS"));
+    const QCommandLineOption afterOption(QStringLiteral("screenshot-after"),
+                                         QStringLiteral("Wait this long before the screenshot settles."),
+                                         QStringLiteral("MS"));
+    parser.addOptions({cameraOption, listOption, screenshotOption, printTabsOption, startOption, loadOption, tabOption,
+                       pulsesOption, afterOption});
     parser.process(app);
-    const QString problem = OptionProblem(parser, {&cameraOption, &screenshotOption, &loadOption}, screenshotOption);
+    QString problem =
+        OptionProblem(parser, {&cameraOption, &screenshotOption, &loadOption, &tabOption, &pulsesOption, &afterOption},
+                      screenshotOption);
+    PulseTrain pulses;
+    if (problem.isEmpty() && parser.isSet(pulsesOption)) {
+        problem = ParsePulses(parser.value(pulsesOption), pulses);
+    }
+    int screenshotDelayMs = 0;
+    if (problem.isEmpty() && parser.isSet(afterOption)) {
+        problem = ParseDelay(parser.value(afterOption), screenshotDelayMs);
+    }
     if (!problem.isEmpty()) {
         std::cerr << "PelkoViewer: " << problem.toLocal8Bit().constData() << "\n";
         return 2;
@@ -188,6 +249,39 @@ int main(int argc, char** argv)
     if (parser.isSet(startOption) && window.Camera() && !window.IsStreaming()) {
         window.ToggleAcquisition();
     }
+    if (parser.isSet(pulsesOption) && window.Camera()) {
+        const ZMT::PkoAPI::Sim::SimCameraPtr simulated =
+            ZMT::PkoAPI::dynamic_pointer_cast<ZMT::PkoAPI::Sim::SimCamera>(window.Camera());
+        const int result = simulated
+                               ? simulated->StartPulses(pulses.line.toStdString(), pulses.periodMs, pulses.highMs, 0)
+                               : ZMT::PkoAPI::PkoErrorWrongType;
+        if (result != ZMT::PkoAPI::PkoErrorSuccess) {
+            std::cerr << "PelkoViewer: --sim-pulses " << parser.value(pulsesOption).toLocal8Bit().constData() << ": "
+                      << (simulated ? "the camera has no input of that name" : "the camera is not simulated")
+                      << " (error " << result << ")\n";
+            return 2;
+        }
+    }
+    if (parser.isSet(tabOption)) {
+        QTabWidget* tabs = window.Tabs();
+        int found = -1;
+        for (int i = 0; tabs != nullptr && i < tabs->count(); ++i) {
+            if (tabs->tabText(i) == parser.value(tabOption)) {
+                found = i;
+            }
+        }
+        if (found < 0) {
+            QStringList titles;
+            for (int i = 0; tabs != nullptr && i < tabs->count(); ++i) {
+                titles << tabs->tabText(i);
+            }
+            std::cerr << "PelkoViewer: --tab " << parser.value(tabOption).toLocal8Bit().constData()
+                      << ": no such tab (the tabs are: " << titles.join(QStringLiteral(", ")).toLocal8Bit().constData()
+                      << ")\n";
+            return 2;
+        }
+        tabs->setCurrentIndex(found);
+    }
     window.show();
     if (!settingsPath.isEmpty() && window.Camera()) {
         window.LoadSettings(settingsPath);
@@ -195,7 +289,8 @@ int main(int argc, char** argv)
 
     ScreenshotJob screenshot(window, screenshotPath, parser.isSet(printTabsOption));
     if (!screenshotPath.isEmpty() || parser.isSet(printTabsOption)) {
-        screenshot.Start();
+        // Time for a history to build up (the monitor's strip) before the picture.
+        QTimer::singleShot(screenshotDelayMs, &screenshot, [&screenshot]() { screenshot.Start(); });
     }
     return app.exec();
 }

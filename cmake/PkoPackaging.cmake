@@ -46,11 +46,10 @@ install(TARGETS PelkoCPP EXPORT PelkoSDKTargets
 install(TARGETS PkoShared EXPORT PelkoSDKTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
 install(DIRECTORY PelkoSDK/include/PkoAPI DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
         FILES_MATCHING PATTERN "*.h")
-# What a tab plug-in compiles against: the shared tab code and the plug-in
-# interface with its exceptions.
+# What a tab plug-in compiles against: the shared tab code with the plug-in
+# interface and its exceptions (all in SharedSource/).
 file(GLOB pko_shared_headers ${PROJECT_SOURCE_DIR}/SharedSource/*.h)
-install(FILES ${pko_shared_headers} Source/TabExtensionInterface.h Source/TabExtensionException.h
-              Source/TENotSupported.h
+install(FILES ${pko_shared_headers}
         DESTINATION ${PKO_INSTALL_TAB_INCLUDEDIR} COMPONENT dev)
 
 install(EXPORT PelkoSDKTargets NAMESPACE PelkoSDK:: DESTINATION ${PKO_INSTALL_CMAKEDIR} COMPONENT dev)

@@ -94,7 +94,8 @@ run_viewer() {
 if run_viewer C.UTF-8; then
   tabs=$(grep -c '^tab: ' <<<"$output")
   expected=$((${#plugins[@]} + 1))
-  if [ "$tabs" -eq "$expected" ] && grep -qx 'tab: Trigger IO' <<<"$output" && grep -qx 'tab: Features' <<<"$output" &&
+  if [ "$tabs" -eq "$expected" ] && grep -qx 'tab: Trigger IO' <<<"$output" && grep -qx 'tab: I/O Monitor' <<<"$output" &&
+    grep -qx 'tab: Features' <<<"$output" &&
     ! grep -q 'skipped\|does not exist' <<<"$errors"; then
     pass "the unpacked viewer shows a tab per plug-in ($expected tabs) and saves its screenshot"
   else
@@ -104,7 +105,7 @@ else
   fail "the unpacked viewer saves a screenshot" "$output"$'\n'"$errors"
 fi
 # The plug-ins find their translations through the viewer's working folder.
-if run_viewer de_DE.UTF-8 && grep -qx 'tab: Trigger-E/A' <<<"$output"; then
+if run_viewer de_DE.UTF-8 && grep -qx 'tab: Trigger-E/A' <<<"$output" && grep -qx 'tab: E/A-Monitor' <<<"$output"; then
   pass "the unpacked plug-ins find their translations"
 else
   fail "the unpacked plug-ins find their translations" "$output"$'\n'"$errors"

@@ -153,14 +153,18 @@ void ViewerBinaryTest::shouldSaveAScreenshotUnderXvfbInTheUsersLanguage_data()
 {
     QTest::addColumn<QString>("locale");
     QTest::addColumn<QString>("title");
-    QTest::newRow("English") << QStringLiteral("C.UTF-8") << QStringLiteral("Trigger IO");
-    QTest::newRow("German") << QStringLiteral("de_DE.UTF-8") << QStringLiteral("Trigger-E/A");
+    QTest::addColumn<QString>("monitor");
+    QTest::newRow("English") << QStringLiteral("C.UTF-8") << QStringLiteral("Trigger IO")
+                             << QStringLiteral("I/O Monitor");
+    QTest::newRow("German") << QStringLiteral("de_DE.UTF-8") << QStringLiteral("Trigger-E/A")
+                            << QStringLiteral("E/A-Monitor");
 }
 
 void ViewerBinaryTest::shouldSaveAScreenshotUnderXvfbInTheUsersLanguage()
 {
     QFETCH(QString, locale);
     QFETCH(QString, title);
+    QFETCH(QString, monitor);
     const QString xvfbRun = QStandardPaths::findExecutable(QStringLiteral("xvfb-run"));
     if (xvfbRun.isEmpty()) {
         QSKIP("xvfb-run is not installed");
@@ -180,7 +184,8 @@ void ViewerBinaryTest::shouldSaveAScreenshotUnderXvfbInTheUsersLanguage()
                            m_Viewer, QStringLiteral("--screenshot"), picture, QStringLiteral("--print-tabs")},
                           environment);
     QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
-    QVERIFY2(run.output.contains(QStringLiteral("tab: %1\ntab: Features\n").arg(title)), qPrintable(run.output));
+    QVERIFY2(run.output.contains(QStringLiteral("tab: %1\ntab: %2\ntab: Features\n").arg(title, monitor)),
+             qPrintable(run.output));
     QVERIFY2(run.output.contains(QStringLiteral("screenshot: ") + picture), qPrintable(run.output));
     const QImage image(picture);
     QVERIFY(!image.isNull());
@@ -194,7 +199,8 @@ void ViewerBinaryTest::shouldFallBackToOffscreenWithoutDisplay()
     const Run run =
         Start(m_Viewer, {QStringLiteral("--screenshot"), picture, QStringLiteral("--print-tabs")}, CleanEnvironment());
     QVERIFY2(run.exitCode == 0, qPrintable(run.errors));
-    QVERIFY2(run.output.contains(QStringLiteral("tab: Trigger IO\ntab: Features\n")), qPrintable(run.output));
+    QVERIFY2(run.output.contains(QStringLiteral("tab: Trigger IO\ntab: I/O Monitor\ntab: Features\n")),
+             qPrintable(run.output));
     const QImage image(picture);
     QCOMPARE(image.size(), kWindowSize);
     QVERIFY(SampledColours(image) > 20);

@@ -70,7 +70,7 @@ void LiveImageTest::initTestCase()
 {
     m_Log.reset(new ViewerLog);
     m_Plugins.reset(new PluginLoader(*m_Log));
-    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 1);
+    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 2);  // Trigger IO and I/O Monitor
 }
 
 void LiveImageTest::cleanupTestCase()

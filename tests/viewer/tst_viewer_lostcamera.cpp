@@ -62,7 +62,7 @@ void LostCameraTest::initTestCase()
     }
     m_Log.reset(new ViewerLog);
     m_Plugins.reset(new PluginLoader(*m_Log));
-    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 1);
+    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 2);  // Trigger IO and I/O Monitor
 }
 
 void LostCameraTest::cleanupTestCase()

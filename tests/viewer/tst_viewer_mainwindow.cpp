@@ -59,7 +59,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
 
-    void shouldShowTheTriggerIoTabBesideTheFeaturesTab();
+    void shouldShowTheTriggerIoAndMonitorTabsBesideTheFeaturesTab();
     void shouldRemoveThePageOfARefusingPluginAndSaySo();
     void shouldStartAndStopAcquisitionAndTellTheTabs();
     void shouldTellTheTabsWhenTheCameraStopsByItself();
@@ -81,7 +81,7 @@ void MainWindowTest::initTestCase()
 {
     m_Log.reset(new ViewerLog);
     m_Plugins.reset(new PluginLoader(*m_Log));
-    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 1);
+    QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 2);  // Trigger IO and I/O Monitor
 }
 
 void MainWindowTest::cleanupTestCase()
@@ -90,12 +90,13 @@ void MainWindowTest::cleanupTestCase()
     m_Log.reset();
 }
 
-void MainWindowTest::shouldShowTheTriggerIoTabBesideTheFeaturesTab()
+void MainWindowTest::shouldShowTheTriggerIoAndMonitorTabsBesideTheFeaturesTab()
 {
     MainWindow window(*m_Plugins, *m_Log);
     SimCameraPtr camera = Model("SIM-LINE-ROUTING");
     QVERIFY(window.OpenCamera(camera));
-    QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("Features")}));
+    QCOMPARE(window.TabTitles(),
+             (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("I/O Monitor"), QStringLiteral("Features")}));
     QCOMPARE(window.Tabs()->currentIndex(), 0);
     QWidget* page = window.Tabs()->widget(0);
     QVERIFY(page->findChild<QWidget*>(QStringLiteral("IOTriggerWidget")) != nullptr);
@@ -109,10 +110,13 @@ void MainWindowTest::shouldRemoveThePageOfARefusingPluginAndSaySo()
     MainWindow window(*m_Plugins, *m_Log);
     QVERIFY(window.OpenCamera(Model("SIM-NO-TRIGGER")));
     QCOMPARE(window.TabTitles(), QStringList{QStringLiteral("Features")});
-    const QString expected =
-        QStringLiteral("Camera SIM-NO-TRIGGER does not support the tabextensiontriggerio tab; tab removed");
-    QCOMPARE(window.statusBar()->currentMessage(), expected);
-    QCOMPARE(m_Log->Problems().last(), expected);
+    // Both plug-ins refuse it; the last refusal is the one on the status bar.
+    const QStringList problems = m_Log->Problems();
+    QVERIFY(problems.contains(
+        QStringLiteral("Camera SIM-NO-TRIGGER does not support the tabextensiontriggerio tab; tab removed")));
+    QVERIFY(problems.contains(
+        QStringLiteral("Camera SIM-NO-TRIGGER does not support the tabextensiontriggeriomonitor tab; tab removed")));
+    QCOMPARE(window.statusBar()->currentMessage(), problems.last());
 }
 
 void MainWindowTest::shouldStartAndStopAcquisitionAndTellTheTabs()
@@ -344,7 +348,8 @@ void MainWindowTest::shouldDestroyTheTabsOfTheOldCameraWhenAnotherOpens()
     QVERIFY(oldWidget.isNull());
     QVERIFY(!first->IsOpen());
     QVERIFY(second->IsOpen());
-    QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("Features")}));
+    QCOMPARE(window.TabTitles(),
+             (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("I/O Monitor"), QStringLiteral("Features")}));
     QVERIFY(window.Tabs()->widget(0)->findChild<QWidget*>(QStringLiteral("IOTriggerWidget")) != nullptr);
 }
 

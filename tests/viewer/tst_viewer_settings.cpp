@@ -64,7 +64,7 @@ private slots:
     {
         m_Log.reset(new ViewerLog);
         m_Plugins.reset(new PluginLoader(*m_Log));
-        QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 1);
+        QCOMPARE(m_Plugins->LoadDirectory(QStringLiteral("plugins")), 2);  // Trigger IO and I/O Monitor
         QVERIFY(m_Dir.isValid());
     }
 
@@ -131,7 +131,8 @@ private slots:
             QVERIFY(table->isRowHidden(i));
 
         // The tabs were made anew from the camera.
-        QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("Features")}));
+        QCOMPARE(window.TabTitles(), (QStringList{QStringLiteral("Trigger IO"), QStringLiteral("I/O Monitor"),
+                                                  QStringLiteral("Features")}));
         QCOMPARE(TabCombo(window, "combo_AcquisitionMode"), QStringLiteral("SingleFrame"));
         QCOMPARE(TabCombo(window, "combo_TriggerMode"), QStringLiteral("On"));
         QCOMPARE(Value(window, "AcquisitionMode"), QStringLiteral("SingleFrame"));
@@ -205,7 +206,7 @@ private slots:
         QCOMPARE(dialog->Table()->item(written, SettingsLoadDialog::ResultColumn)->text(),
                  QStringLiteral("not written"));
         // The tabs are back.
-        QCOMPARE(window.TabTitles().size(), 2);
+        QCOMPARE(window.TabTitles().size(), 3);
     }
 
     void shouldWriteNothingForAFileWithErrors()

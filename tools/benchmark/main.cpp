@@ -2,7 +2,7 @@
 // naming generation and on the simulated model of the same family, and
 // counts the register transactions of each step on the fake cameras.
 //
-//   pko-benchmark [--runs N] [--generation 1|2|3] [--part tab|settings|signals]
+//   pko-benchmark [--runs N] [--generation 1|2|3] [--part tab|settings|signals|monitor]
 //
 // The settings part saves every feature to a settings document and loads it
 // back, against the minimum of one read per value (save) and one write and
@@ -17,6 +17,7 @@
 // the loopback camera port while tests hold it.
 
 #include "FakeGvCamera.h"
+#include "MonitorBenchmark.h"
 #include "SettingsBenchmark.h"
 #include "SignalBenchmark.h"
 #include "TabBenchmark.h"
@@ -365,7 +366,8 @@ int main(int argc, char* argv[])
         } else if (std::strcmp(argv[i], "--part") == 0 && i + 1 < argc) {
             part = QString::fromLatin1(argv[++i]);
         } else if (std::strcmp(argv[i], "-platform") != 0 && argv[i][0] == '-') {
-            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3] [--part tab|settings|signals]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--runs N] [--generation 1|2|3] [--part tab|settings|signals|monitor]\n",
+                         argv[0]);
             return 2;
         }
     }
@@ -378,6 +380,12 @@ int main(int argc, char* argv[])
         for (const QString& row : SignalBenchmark::Run(runs))
             Print(row);
     };
+    if (part == QLatin1String("monitor")) {
+        Print(QStringLiteral("\nI/O Monitor, GUI thread per poll and repaint, medians of %1 runs:\n").arg(runs));
+        for (const QString& row : MonitorBenchmark::Run(runs))
+            Print(row);
+        return 0;
+    }
     if (part == QLatin1String("signals")) {
         printSignals();
         return 0;
