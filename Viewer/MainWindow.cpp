@@ -194,7 +194,14 @@ bool MainWindow::OpenCamera(const ZMT::PkoAPI::CameraPtr& camera)
     camera->GetID(id);
     int result = camera->Open();
     if (result != PkoErrorSuccess) {
-        m_Log.Problem(tr("Could not open camera %1: %2").arg(QString::fromStdString(id), ErrorText(result)));
+        std::string problem;
+        camera->GetOpenProblem(problem);
+        if (problem.empty()) {
+            m_Log.Problem(tr("Could not open camera %1: %2").arg(QString::fromStdString(id), ErrorText(result)));
+        } else {
+            m_Log.Problem(tr("Could not open camera %1: %2: %3")
+                              .arg(QString::fromStdString(id), ErrorText(result), QString::fromStdString(problem)));
+        }
         UpdateHeader();
         return false;
     }

@@ -156,6 +156,10 @@
         <translation>Kamera %1 konnte nicht geöffnet werden: %2</translation>
     </message>
     <message>
+        <source>Could not open camera %1: %2: %3</source>
+        <translation>Kamera %1 konnte nicht geöffnet werden: %2: %3</translation>
+    </message>
+    <message>
         <source>Could not read the features of camera %1: %2</source>
         <translation>Die Features der Kamera %1 konnten nicht gelesen werden: %2</translation>
     </message>

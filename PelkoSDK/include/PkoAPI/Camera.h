@@ -29,6 +29,15 @@ public:
     virtual int Open() = 0;
     virtual int Close() = 0;
     virtual bool IsOpen() const = 0;
+    // Why the last Open failed, in words, where the camera knows more than
+    // its error code says (PkoErrorBadDescription: where the description
+    // stops parsing, which nodes form a cycle); empty after a successful
+    // Open or when there is nothing to add.
+    virtual int GetOpenProblem(std::string& problem) const
+    {
+        problem.clear();
+        return PkoErrorSuccess;
+    }
 
     // Every feature of the open camera in the camera's order (categories
     // first-come), replacing the contents of features.

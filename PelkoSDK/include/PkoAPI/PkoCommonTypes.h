@@ -26,6 +26,7 @@ enum PkoErrorCode : int {
     PkoErrorAlreadyRegistered = -15,  // the observer is already registered on this feature
     PkoErrorNotRegistered = -16,      // the observer is not registered on this feature
     PkoErrorConnectionLost = -17,     // the camera stopped answering
+    PkoErrorBadDescription = -18,     // the camera's feature description is damaged or cannot be used
 };
 
 // The data type of a feature, as reported by Feature::GetDataType.

@@ -2,6 +2,7 @@
 
 #include "FeatureList.h"
 
+#include "ArvDescriptionCheck.h"
 #include "ArvDescriptionMarks.h"
 #include "ArvDiscovery.h"
 #include "ArvErrors.h"
@@ -105,6 +106,10 @@ int ArvCameraImpl::Open()
         std::lock_guard<std::timed_mutex> lock(m_Mutex);
         if (m_Open)
             return PkoErrorSuccess;
+        {
+            std::lock_guard<std::mutex> state(m_StateMutex);
+            m_OpenProblem.clear();
+        }
         m_CallSince.store(SteadyNow());
         result = OpenLocked();
         EndCallLocked();
@@ -126,6 +131,16 @@ int ArvCameraImpl::OpenLocked()
     // that says nothing about caching gets no cache.
     std::size_t xmlSize = 0;
     const char* xml = arv_device_get_genicam_xml(device, &xmlSize);
+    // Aravis opens half a description and recurses without end on a cycle
+    // of pointers: neither may get as far as the node map.
+    std::string problem;
+    const int checked = ArvDescriptionCheck::Check(xml, xmlSize, problem);
+    if (checked != PkoErrorSuccess) {
+        g_object_unref(device);
+        std::lock_guard<std::mutex> state(m_StateMutex);
+        m_OpenProblem = std::move(problem);
+        return checked;
+    }
     const ArvDescriptionMarks marks = ArvDescriptionMarks::Parse(xml, xmlSize);
     const ArvRegisterCachePolicy policy = marks.Marked() ? CachePolicyForMarked() : ARV_REGISTER_CACHE_POLICY_DISABLE;
     arv_device_set_register_cache_policy(device, policy);
@@ -321,6 +336,17 @@ int ArvCameraImpl::Close()
         std::thread(release).detach();
     } catch (const std::system_error&) {
         release();
+    }
+    return PkoErrorSuccess;
+}
+
+int ArvCameraImpl::GetOpenProblem(std::string& problem) const
+{
+    std::lock_guard<std::mutex> lock(m_StateMutex);
+    try {
+        problem = m_OpenProblem;
+    } catch (const std::bad_alloc&) {
+        return PkoErrorResources;
     }
     return PkoErrorSuccess;
 }

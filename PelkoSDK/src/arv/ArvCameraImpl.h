@@ -86,6 +86,7 @@ public:
     // Stops the threads and releases the device; never blocks on a lost one.
     int Close() override;
     bool IsOpen() const override;
+    int GetOpenProblem(std::string& problem) const override;
 
     int GetFeatures(std::vector<FeaturePtr>& features) override;
     int GetFeatureByName(const char* name, FeaturePtr& feature) override;
@@ -210,10 +211,12 @@ private:
     // Set by the first caller that gave up on a stuck call; cleared when
     // that call returns.
     std::atomic<bool> m_Stalled{false};
-    // Guards the next seven for readers without m_Mutex; writers hold both.
+    // Guards the next eight for readers without m_Mutex; writers hold both.
     mutable std::mutex m_StateMutex;
     std::string m_Model;
     std::string m_Name;
+    // Why the last Open failed beyond its code (a refused description).
+    std::string m_OpenProblem;
     bool m_Open = false;
     unsigned long long m_Session = 0;
     // Set by Aravis's control-lost signal (on its own thread) or by a call

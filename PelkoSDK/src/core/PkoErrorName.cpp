@@ -39,6 +39,8 @@ const char* PkoErrorName(int errorCode)
             return "PkoErrorNotRegistered";
         case PkoErrorConnectionLost:
             return "PkoErrorConnectionLost";
+        case PkoErrorBadDescription:
+            return "PkoErrorBadDescription";
         default:
             return "PkoErrorUnknown";
     }
