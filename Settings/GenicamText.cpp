@@ -89,7 +89,9 @@ bool GenicamText::Read(const QByteArray& data, const QString& fileName, Settings
     int lastNumber = 0;
     for (int i = 0; i < texts.size(); ++i) {
         QString text = texts.at(i);
-        if (text.endsWith(QLatin1Char('\r')))
+        // Every carriage return before the line feed is line end, so that a
+        // value never ends in one and reads back as written.
+        while (text.endsWith(QLatin1Char('\r')))
             text.chop(1);
         const int number = i + 1;
         if (text.trimmed().isEmpty())

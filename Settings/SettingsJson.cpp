@@ -246,8 +246,10 @@ QVector<int> SettingsJson::FeatureLines(const QByteArray& data)
         }
         if (c == ' ' || c == '\t' || c == '\r' || c == '\n')
             continue;
-        if (expectElement && c != ']') {
-            lines.append(line);
+        if (expectElement) {
+            // An empty list (or a trailing ',') has no element here.
+            if (c != ']')
+                lines.append(line);
             expectElement = false;
         }
         switch (c) {

@@ -98,6 +98,32 @@ private slots:
         }
     }
 
+    void shouldFindNoFeatureLineInTheJsonOfAnEmptyList()
+    {
+        // Found by fuzz_settingsjson: every entry is unusable, so the JSON
+        // written from what was read has an empty "features" list, followed
+        // by another member.
+        const QByteArray json =
+            "{\"format\": \"pelko-camera-settings\", \"formatVersion\": 1, \"features\": [\n"
+            " {\"name\": \"Width\", \"type\": \"Integer\", \"value\": \"wide\"},\n"
+            " {\"name\": \"\", \"value\": 1},\n"
+            " {\"name\": \"Gain\", \"type\": \"Matrix\", \"value\": 1},\n"
+            " {\"name\": \"OffsetX\", \"selector\": \"X\", \"value\": 0},\n"
+            " 7,\n"
+            " {\"name\": \"Height\", \"value\": [1]}\n"
+            "]}\n";
+        SettingsDocument read;
+        QVector<SettingsProblem> problems;
+        QVERIFY(SettingsJson::Read(json, "bad-entries.json", read, problems));
+        QCOMPARE(problems.size(), 6);
+        QVERIFY(read.entries.isEmpty());
+        const QByteArray written = SettingsJson::Write(read);
+        QVERIFY(written.indexOf("\"features\"") < written.indexOf("\"format\""));
+        QCOMPARE(SettingsJson::FeatureLines(written), QVector<int>());
+        QCOMPARE(SettingsJson::FeatureLines("{\"features\": [],\n\"x\": 1}"), QVector<int>());
+        QCOMPARE(SettingsJson::FeatureLines("{\"features\": [\n{},\n{}], \"x\": [1]}"), QVector<int>({2, 3}));
+    }
+
     void shouldNameLineAndExpectationOfAJsonSyntaxError_data()
     {
         QTest::addColumn<QByteArray>("data");
@@ -175,6 +201,28 @@ private slots:
         QVERIFY(problems.first().line > 1);
         QVERIFY2(problems.first().message.contains("expected an integer"), qPrintable(problems.first().message));
         QCOMPARE(read.entries.size(), document.entries.size() - 1);
+    }
+
+    void shouldReadBackTheSameValuesFromTextWithStrayCarriageReturns()
+    {
+        // Found by fuzz_genicamtext: a line that ends in "\\r\\r\\n" kept one
+        // carriage return in its value, which the text written from it lost.
+        const QByteArray text = QByteArray::fromBase64(
+            "IyBTYXZlZEFjdGl2ZSMgU2F2ZWQgYnkgYW5db3RoZXIgdG9vbA0KIyBjb21tZW50DYpXaWR0aAk2NDANClRyaWdnZXJTZWxlY3Rv"
+            "cglGcmFkIGJ5IFVzZXJPdXRwdXSxDQplck91dHB1dFZhbHVlCTAxDQJFeHANAkV4cG9zdXJlVGnBbWUJb3N1cmVUaW1lCTIxMjUw"
+            "NTAwLjUuNQ0NCgoNCg==");
+        SettingsDocument read;
+        QVector<SettingsProblem> problems;
+        QVERIFY(GenicamText::Read(text, "other.txt", read, problems));
+        QCOMPARE(read.entries.size(), 2);
+        QVERIFY(read.entries.last().value.toString().endsWith("21250500.5.5"));
+        SettingsDocument again;
+        QVERIFY(GenicamText::Read(GenicamText::Write(read), "again.txt", again, problems));
+        QVERIFY(problems.isEmpty());
+        QCOMPARE(Describe(again.entries), Describe(read.entries));
+
+        QVERIFY(GenicamText::Read("Width\t640\r\r\nGain\t3\r\n", "crs.txt", read, problems));
+        QCOMPARE(Describe(read.entries), QStringList({"Width=640", "Gain=3"}));
     }
 
     void shouldReadBackTheGenicamTextItWrote()

@@ -8,6 +8,8 @@ RecordingTabWidget::RecordingTabWidget(FeatureVectorPtr features, const QStringL
 
 RecordingTabWidget::~RecordingTabWidget()
 {
+    if (!m_FreeOnDestruction)
+        return;
     delete m_UpdateTimer;
     delete m_Mutex;
     delete m_ChangedFeatures;

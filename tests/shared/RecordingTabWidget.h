@@ -10,7 +10,7 @@
 
 // The smallest real tab: watches the given names and records what each
 // UpdateFromChangedFeatures call was handed. Frees what the base leaves to
-// its subclass (members a test has taken over and set to null excepted).
+// its subclass, unless a test asks it to leave them (m_FreeOnDestruction).
 class RecordingTabWidget : public BaseTabPluginWidget {
 public:
     RecordingTabWidget(FeatureVectorPtr features, const QStringList& observed);
@@ -30,6 +30,9 @@ public:
     QList<bool> m_MutexHeld;
     // Run inside each call, after recording.
     std::function<void()> m_DuringUpdate;
+    // False: the destructor leaves the timer, mutex, queue and manager alive,
+    // so that a test sees what the base destructor alone does to them.
+    bool m_FreeOnDestruction = true;
 
 protected:
     void UpdateFromChangedFeatures() override;

@@ -620,27 +620,39 @@ void TestBaseTabPluginWidget::shouldLeaveTimerMutexQueueAndFeatureManagerAlive()
     Sim::SimCameraPtr camera = BuildCamera();
     QVERIFY(camera);
     std::unique_ptr<RecordingTabWidget> widget(new RecordingTabWidget(ListFeatures(camera), Watched()));
-
-    // Taken over from the widget, so that only the base destructor runs on them.
+    // Only the base destructor runs on them; each is watched in a way that
+    // shows its deletion without touching freed memory.
+    widget->m_FreeOnDestruction = false;
     QPointer<QTimer> timer(widget->m_UpdateTimer);
-    std::unique_ptr<QTimer> ownedTimer(widget->m_UpdateTimer);
-    std::unique_ptr<QMutex> mutex(widget->m_Mutex);
-    std::unique_ptr<QStringList> queue(widget->m_ChangedFeatures);
-    std::unique_ptr<FeatureManager> manager(widget->m_FeatureManager);
-    widget->m_UpdateTimer = nullptr;
-    widget->m_Mutex = nullptr;
-    widget->m_ChangedFeatures = nullptr;
-    widget->m_FeatureManager = nullptr;
+    QMutex* mutex = widget->m_Mutex;
+    QStringList* queue = widget->m_ChangedFeatures;
+    FeatureManager* manager = widget->m_FeatureManager;
     queue->append("kept");
+    // Shares the queue's data: detached only once the queue is gone.
+    const QStringList sharedQueue = *queue;
+    QVERIFY(!sharedQueue.isDetached());
+    // After the widget only the manager holds the feature list.
+    const QWeakPointer<QVector<Pko::FeaturePtr>> features = widget->m_Features;
+    // Deleting a locked mutex warns.
+    mutex->lock();
 
-    widget.reset();
+    {
+        MessageCapture capture;
+        widget.reset();
+        QCOMPARE(capture.MessagesWith("mutex"), QStringList());
+    }
 
     QVERIFY(!timer.isNull());
-    QVERIFY(mutex->tryLock());
-    mutex->unlock();
-    QCOMPARE(*queue, QStringList() << "kept");
-    // The manager still holds the feature list the widget let go of.
-    QCOMPARE(manager->GetValue("Alpha"), 1.0);
+    QVERIFY(!sharedQueue.isDetached());
+    QVERIFY(!features.isNull());
+    // Still usable, and now the test's to free.
+    std::unique_ptr<QTimer> ownedTimer(timer.data());
+    std::unique_ptr<QMutex> ownedMutex(mutex);
+    std::unique_ptr<QStringList> ownedQueue(queue);
+    std::unique_ptr<FeatureManager> ownedManager(manager);
+    ownedMutex->unlock();
+    QCOMPARE(*ownedQueue, QStringList() << "kept");
+    QCOMPARE(ownedManager->GetValue("Alpha"), 1.0);
 }
 
 void TestBaseTabPluginWidget::shouldFillAComboWithTheAvailableEntries()

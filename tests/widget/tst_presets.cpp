@@ -383,6 +383,16 @@ void TestPresets::shouldWriteThePresetsStepsInOrder_data()
         << "Bulk" << QStringList() << bulkOnSfnc << QStringList{"TriggerMode[AcquisitionStart]=On"}
         << QStringList{"spin_AcquisitionFrameCount=10"};
 
+    // The frame trigger on: branch 3 switches it off before it moves to the
+    // acquisition trigger.
+    QStringList bulkWithFrameTriggerOnSfnc = bulkOnSfnc;
+    bulkWithFrameTriggerOnSfnc.prepend(W("TriggerMode", "Off"));
+    QTest::newRow("Bulk on an SFNC camera with the frame trigger on")
+        << "SIM-LINE-SFNC"
+        << "Bulk" << QStringList{"combo_TriggerMode=On"} << bulkWithFrameTriggerOnSfnc
+        << QStringList{"TriggerMode[FrameStart]=Off", "TriggerMode[AcquisitionStart]=On"}
+        << QStringList{"spin_AcquisitionFrameCount=10"};
+
     // Only branch 1 turns a level set-up into an edge one first.
     const QStringList bulkAfterTriggerWidthOnSfnc = {
         // 1  Exp. mode "Timed".
