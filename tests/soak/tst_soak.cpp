@@ -225,8 +225,13 @@ private slots:
         QVERIFY(settingsCycles.load() > 0);
         QCOMPARE(settingsFailures.load(), 0);
         // Flat after the warm-up: a leak of a tab's worth per cycle shows.
+        // Under the address sanitizer its allocator's caches keep growing for
+        // longer than a short run lasts; there its leak checker at exit is
+        // what finds a leak, and the size is only reported.
+#if !defined(__SANITIZE_ADDRESS__)
         if (cycles >= 4 * warmUp && warm > 0)
             QVERIFY2(end - warm < 20 * 1024 + warm / 10, "resident size grew after the warm-up");
+#endif
         camera->Close();
     }
 };
