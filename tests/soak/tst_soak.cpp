@@ -15,6 +15,7 @@
 #include "SettingsFile.h"
 #include "SettingsLoader.h"
 #include "SettingsSaver.h"
+#include "SoakSupport.h"
 #include "TestTime.h"
 #include "ViewerLog.h"
 
@@ -37,33 +38,13 @@
 #include <vector>
 
 using namespace ZMT::PkoAPI;
+using SoakSupport::FeaturesOf;
+using SoakSupport::ResidentKiB;
 
 namespace {
 
 int g_Cycles = 40;
 int g_Seconds = 0;
-
-// Resident set size in KiB, from /proc.
-long ResidentKiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toLong();
-    }
-    return -1;
-}
-
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
-
-FeatureList FeaturesOf(const CameraPtr& camera)
-{
-    std::vector<FeaturePtr> features;
-    camera->GetFeatures(features);
-    return FeatureList(new QVector<FeaturePtr>(features.begin(), features.end()));
-}
 
 // Writes the features a user and the tabs write, over and over, until told
 // to stop; counts the writes.

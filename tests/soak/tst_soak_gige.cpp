@@ -10,6 +10,7 @@
 
 #include "FakeGvCamera.h"
 #include "PluginLoader.h"
+#include "SoakSupport.h"
 #include "TestTime.h"
 #include "ViewerLog.h"
 
@@ -31,32 +32,13 @@
 #include <vector>
 
 using namespace ZMT::PkoAPI;
+using SoakSupport::FeaturesOf;
+using SoakSupport::ResidentKiB;
 
 namespace {
 
 int g_Restarts = 3;
 int g_Seconds = 0;
-
-long ResidentKiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toLong();
-    }
-    return -1;
-}
-
-typedef QSharedPointer<QVector<FeaturePtr>> FeatureList;
-
-FeatureList FeaturesOf(const CameraPtr& camera)
-{
-    std::vector<FeaturePtr> features;
-    camera->GetFeatures(features);
-    return FeatureList(new QVector<FeaturePtr>(features.begin(), features.end()));
-}
 
 // Writes trigger and output features until told to stop. Every call may fail
 // once the camera is gone; only the calls made count.
