@@ -141,6 +141,7 @@ private slots:
     void shouldEnableThePresetButtonsAgainAfterEachPreset();
     void shouldLeaveThePresetButtonsDisabledWhileTheAcquisitionModeIsLocked();
     void shouldKeepTheEventLoopRunningDuringTheWait();
+    void shouldSwitchTheAcquisitionTriggerOffWhenARefreshInBulksWaitShowsItOn();
 };
 
 void TestPresets::shouldWriteThePresetsStepsInOrder_data()
@@ -898,6 +899,44 @@ void TestPresets::shouldKeepTheEventLoopRunningDuringTheWait()
     QCOMPARE(writesWhenEventsRan, 3);
     QVERIFY(clock.elapsed() >= 200);
     QCOMPARE(support.Writes().size(), 7);
+}
+
+void TestPresets::shouldSwitchTheAcquisitionTriggerOffWhenARefreshInBulksWaitShowsItOn()
+{
+    WidgetTestSupport support(WidgetTestSupport::Model("SIM-LINE-SFNC"));
+    QVERIFY(support.Show());
+    support.TabWidget()->StopRefreshTimer();
+    // The acquisition trigger is switched on behind the tab's back; the
+    // tab hears of it but has not refreshed yet when Bulk starts.
+    QCOMPARE(support.Camera()->ChangeFromCamera("TriggerSelector", "AcquisitionStart"), 0);
+    QCOMPARE(support.Camera()->ChangeFromCamera("TriggerMode", "On"), 0);
+    QCOMPARE(support.Camera()->ChangeFromCamera("TriggerSelector", "FrameStart"), 0);
+    QVERIFY(support.Camera()->WaitForNotifications(5000));
+    support.ClearJournal();
+
+    // The refresh comes in the wait after Bulk moved the selector to the
+    // acquisition trigger, the moment the wait is there for.
+    const QString movedToAcquisitionStart = W("TriggerSelector", "AcquisitionStart");
+    bool refreshed = false;
+    QTimer tick;
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        if (!refreshed && support.Writes().contains(movedToAcquisitionStart)) {
+            refreshed = true;
+            support.Refresh();
+        }
+    });
+    tick.start(5);
+    QVERIFY(ClickPreset(support, "Bulk"));
+    QVERIFY(refreshed);
+
+    const QStringList writes = support.Writes();
+    const int moved = writes.indexOf(movedToAcquisitionStart);
+    const int off = writes.indexOf(W("TriggerMode", "Off"), moved);
+    QVERIFY2(off > moved, qPrintable(writes.join('\n')));
+    QVERIFY2(off < writes.indexOf(W("TriggerActivation", "FallingEdge"), moved), qPrintable(writes.join('\n')));
+    QCOMPARE(writes.last(), W("TriggerMode", "On"));
+    QCOMPARE(TestSupport::HeldValue(support.Camera(), "TriggerMode[AcquisitionStart]=On"),
+             QString("TriggerMode[AcquisitionStart]=On"));
 }
 
 QTEST_MAIN(TestPresets)
