@@ -1,9 +1,7 @@
 #include "MonitorTabPlugin.h"
 
 #include "IOMonitorWidget.h"
-#include "TabExtensionException.h"
-
-#include <QVBoxLayout>
+#include "TabPluginShell.h"
 
 MonitorTabPlugin::MonitorTabPlugin(QObject* parent)
 {
@@ -13,15 +11,7 @@ MonitorTabPlugin::MonitorTabPlugin(QObject* parent)
 int MonitorTabPlugin::CreateTabWidget(QSharedPointer<QVector<ZMT::PkoAPI::shared_ptr<ZMT::PkoAPI::Feature>>> features,
                                       QWidget* tabPage)
 {
-    try {
-        IOMonitorWidget* widget = new IOMonitorWidget(features, tabPage);
-        connect(this, SIGNAL(camStreaming(bool)), widget, SLOT(camIsStreaming(bool)));
-        QVBoxLayout* layout = new QVBoxLayout(tabPage);
-        layout->addWidget(widget, 0);
-        return 0;
-    } catch (TabExtensionException& refusal) {
-        return refusal.m_ErrorCode;
-    }
+    return TabPluginShell::PlaceTabWidget<IOMonitorWidget>(this, features, tabPage);
 }
 
 void MonitorTabPlugin::ReservedOperation() {}

@@ -1,9 +1,7 @@
 #include "TabExtensionPlugin.h"
 
 #include "IOTriggerWidget.h"
-#include "TabExtensionException.h"
-
-#include <QVBoxLayout>
+#include "TabPluginShell.h"
 
 TabExtensionPlugin::TabExtensionPlugin(QObject* parent)
 {
@@ -13,17 +11,7 @@ TabExtensionPlugin::TabExtensionPlugin(QObject* parent)
 int TabExtensionPlugin::CreateTabWidget(QSharedPointer<QVector<ZMT::PkoAPI::shared_ptr<ZMT::PkoAPI::Feature>>> features,
                                         QWidget* tabPage)
 {
-    try {
-        // The page owns the widget; a refusing constructor frees its own memory
-        // while the exception unwinds.
-        IOTriggerWidget* widget = new IOTriggerWidget(features, tabPage);
-        connect(this, SIGNAL(camStreaming(bool)), widget, SLOT(camIsStreaming(bool)));
-        QVBoxLayout* layout = new QVBoxLayout(tabPage);
-        layout->addWidget(widget, 0);
-        return 0;
-    } catch (TabExtensionException& refusal) {
-        return refusal.m_ErrorCode;
-    }
+    return TabPluginShell::PlaceTabWidget<IOTriggerWidget>(this, features, tabPage);
 }
 
 void TabExtensionPlugin::ReservedOperation() {}

@@ -66,6 +66,8 @@ TESTS_FOR = {
     "Source/IOTriggerWidgetHelpers.h": WIDGET_TESTS,
     "Source/TabExtensionPlugin.cpp": PLUGIN_TESTS,
     "Source/PluginEntryPoints.cpp": PLUGIN_TESTS,
+    "SharedSource/TabPluginShell.h": PLUGIN_TESTS + WIDGET_TESTS,
+    "SharedSource/TabPluginShell.cpp": PLUGIN_TESTS,
 }
 
 

@@ -3,8 +3,8 @@
 #include "HelloTabWidget.h"
 
 #include <TabExtensionException.h>
+#include <TabPluginShell.h>
 
-#include <QPointer>
 #include <QVBoxLayout>
 
 int HelloTabPlugin::CreateTabWidget(QSharedPointer<QVector<ZMT::PkoAPI::shared_ptr<ZMT::PkoAPI::Feature>>> features,
@@ -30,18 +30,11 @@ bool HelloTabPlugin::ConnectStreamingSignal(QObject* sender, const char* signal)
 // The viewer loads a library only when this record matches its own, word for word.
 extern "C" Q_DECL_EXPORT const char* qt_plugin_query_verification_data()
 {
-    return "pattern=QT_PLUGIN_VERIFICATION_DATA\n"
-           "version=4.8.4\n"
-           "debug=true\n"
-           "buildkey=ZMT_Qt4.8.4 i386 linux g++-4 full-config";
+    return TabPluginShell::VerificationData();
 }
 
 // The one plug-in object; the viewer owns it.
 extern "C" Q_DECL_EXPORT QObject* qt_plugin_instance()
 {
-    static QPointer<QObject> s_Instance;
-    if (s_Instance.isNull()) {
-        s_Instance = new HelloTabPlugin;
-    }
-    return s_Instance.data();
+    return TabPluginShell::PluginObject<HelloTabPlugin>();
 }
