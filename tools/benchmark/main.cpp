@@ -7,7 +7,9 @@
 // The settings part saves every feature to a settings document and loads it
 // back, against the minimum of one read per value (save) and one write and
 // one read per value (load). The signals part plays a 100 kHz pulse train on
-// the simulated cameras.
+// the simulated cameras. The monitor part times the I/O Monitor's polls and
+// counts their register transactions on the fake cameras (inside a
+// loopback-only network namespace only).
 //
 // Figures are medians of N runs (default 5), all generations by default.
 // PKO_BENCHMARK_BUSIEST=1 also prints the most read registers of each step;
@@ -383,6 +385,12 @@ int main(int argc, char* argv[])
     if (part == QLatin1String("monitor")) {
         Print(QStringLiteral("\nI/O Monitor, GUI thread per poll and repaint, medians of %1 runs:\n").arg(runs));
         for (const QString& row : MonitorBenchmark::Run(runs))
+            Print(row);
+        Print(QStringLiteral("\nI/O Monitor, register transactions per poll on fake GigE Vision cameras (besides "
+                             "the heartbeat), medians of %1 runs of %2 polls:\n")
+                  .arg(runs)
+                  .arg(MonitorBenchmark::kLevelPolls));
+        for (const QString& row : MonitorBenchmark::RunGigE(runs))
             Print(row);
         return 0;
     }
