@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int kRowHeight = 34;
+constexpr int kRowHeight = 28;
 constexpr int kTitleWidth = 110;
-constexpr int kCaptionWidth = 260;
+constexpr int kMinCaptionWidth = 80;
 constexpr int kMargin = 8;
 
 }  // namespace
@@ -39,7 +39,17 @@ void TimingSketchView::Refresh()
 
 QSize TimingSketchView::minimumSizeHint() const
 {
-    return QSize(kTitleWidth + kCaptionWidth + 200, 2 * kMargin + kRowHeight * (m_Sketch.Tracks().size() + 1));
+    return QSize(kMargin + kTitleWidth + 200 + kMargin + CaptionWidth() + kMargin,
+                 2 * kMargin + kRowHeight * (m_Sketch.Tracks().size() + 1));
+}
+
+int TimingSketchView::CaptionWidth() const
+{
+    // As wide as the longest caption, so that the traces get the rest.
+    int widest = kMinCaptionWidth;
+    for (const TimingSketch::Track& track : m_Sketch.Tracks())
+        widest = qMax(widest, fontMetrics().horizontalAdvance(TrackCaption(track)) + kMargin);
+    return widest;
 }
 
 QString TimingSketchView::TrackTitle(const TimingSketch::Track& track) const
@@ -97,7 +107,8 @@ void TimingSketchView::paintEvent(QPaintEvent* event)
     painter.fillRect(rect(), palette().base());
 
     const int left = kMargin + kTitleWidth;
-    const int width = qMax(40, this->width() - left - kCaptionWidth - 2 * kMargin);
+    const int captionWidth = CaptionWidth();
+    const int width = qMax(40, this->width() - left - captionWidth - 2 * kMargin);
     const double cycle = qMax(1e-9, m_Sketch.CycleUs());
     auto x = [&](double us) { return left + static_cast<int>(width * us / cycle); };
 
@@ -116,8 +127,8 @@ void TimingSketchView::paintEvent(QPaintEvent* event)
         painter.setPen(palette().text().color());
         painter.drawText(QRect(kMargin, top, kTitleWidth - 4, kRowHeight), Qt::AlignVCenter | Qt::AlignLeft,
                          TrackTitle(track));
-        painter.drawText(QRect(left + width + kMargin, top, kCaptionWidth, kRowHeight),
-                         Qt::AlignVCenter | Qt::AlignLeft, TrackCaption(track));
+        painter.drawText(QRect(left + width + kMargin, top, captionWidth, kRowHeight), Qt::AlignVCenter | Qt::AlignLeft,
+                         TrackCaption(track));
 
         QPainterPath path;
         bool level = track.startLevel;

@@ -31,6 +31,7 @@ protected:
 private:
     QString TrackTitle(const TimingSketch::Track& track) const;
     QString TrackCaption(const TimingSketch::Track& track) const;
+    int CaptionWidth() const;
 
     FeatureManager* m_FeatureManager;
     TimingSketch m_Sketch;

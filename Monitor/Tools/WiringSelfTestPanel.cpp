@@ -44,6 +44,9 @@ WiringSelfTestPanel::WiringSelfTestPanel(FeatureManager* manager, QWidget* paren
     m_Table->horizontalHeader()->setStretchLastSection(true);
     m_Table->verticalHeader()->hide();
     m_Table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // The table takes the height its neighbours leave; it scrolls.
+    m_Table->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    m_Table->setMinimumHeight(60);
 
     QHBoxLayout* buttons = new QHBoxLayout;
     buttons->addWidget(m_TestButton);
@@ -70,6 +73,12 @@ void WiringSelfTestPanel::SetStreaming(bool streaming)
     m_Test->SetAcquiring(streaming);
     if (streaming && m_Confirmation != nullptr)
         m_Confirmation->reject();
+    // Says why the button is off, unless a result is shown.
+    const QString acquiring = tr("The camera acquires: stop the acquisition before testing the wiring.");
+    if (streaming && !m_Test->IsRunning() && m_Status->text().isEmpty())
+        m_Status->setText(acquiring);
+    else if (!streaming && m_Status->text() == acquiring)
+        m_Status->clear();
     UpdateControls();
 }
 

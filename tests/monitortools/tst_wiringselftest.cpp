@@ -8,6 +8,7 @@
 #include "WiringSelfTest.h"
 #include "WiringSelfTestPanel.h"
 
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableWidget>
@@ -358,13 +359,19 @@ void WiringSelfTestTest::shouldNotOfferTheTestWhileStreaming()
     QPushButton* button = panel.findChild<QPushButton*>("pb_TestWiring");
     QVERIFY(button->isEnabled());
 
+    QLabel* status = panel.findChild<QLabel*>("l_WiringStatus");
+    QVERIFY(status != nullptr);
+    QCOMPARE(status->text(), QString());
+
     panel.SetStreaming(true);
     QVERIFY(!button->isEnabled());
+    QCOMPARE(status->text(), QString("The camera acquires: stop the acquisition before testing the wiring."));
     QTest::mouseClick(button, Qt::LeftButton);
     QVERIFY(panel.findChild<QMessageBox*>("msg_ConfirmWiringTest") == nullptr);
 
     panel.SetStreaming(false);
     QVERIFY(button->isEnabled());
+    QCOMPARE(status->text(), QString());
 }
 
 void WiringSelfTestTest::shouldRestoreWhenCancelledFromThePanel()
