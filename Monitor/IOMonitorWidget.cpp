@@ -94,7 +94,13 @@ IOMonitorWidget::~IOMonitorWidget()
 {
     if (m_TriggerSoftware)
         m_TriggerSoftware->UnregisterObserver(m_TriggerObserver);
-    // The base's destructor unregisters its observer and needs nothing else.
+    // A notification still on its way may hold the observer's last reference
+    // and delete it on the camera's thread once ours is gone: cut the
+    // connection first, so that nothing of this widget refers to it then.
+    if (QObject* observer = dynamic_cast<QObject*>(m_TriggerObserver.get()))
+        QObject::disconnect(observer, nullptr, this, nullptr);
+    m_TriggerObserver.reset();
+    // The base's destructor does the same for its own observer.
     m_OwnedUpdateTimer.reset();
     m_UpdateTimer = nullptr;
     m_OwnedMutex.reset();

@@ -60,6 +60,11 @@ BaseTabPluginWidget::BaseTabPluginWidget(
 BaseTabPluginWidget::~BaseTabPluginWidget()
 {
     UnregisterObservers();
+    // The camera's notification thread may hold the observer's last
+    // reference and delete it there at any moment once ours is gone: cut the
+    // connection first, so that nothing of this widget refers to it then.
+    if (QObject* observer = dynamic_cast<QObject*>(m_FeatureObserver.get()))
+        QObject::disconnect(observer, nullptr, this, nullptr);
     m_FeatureObserver.reset();
     m_Features.clear();
     // m_UpdateTimer, m_Mutex, m_ChangedFeatures and m_FeatureManager are left
