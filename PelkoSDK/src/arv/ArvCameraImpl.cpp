@@ -71,7 +71,7 @@ ArvCameraImpl::~ArvCameraImpl()
 {
     m_Anchor->Detach();
     std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
-    CloseLocked();
+    CloseLocked().Finish();
     // The closer uses this object.
     JoinCloser();
 }
@@ -103,7 +103,8 @@ int ArvCameraImpl::GetName(std::string& name) const
 
 int ArvCameraImpl::Open()
 {
-    std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+    Ending ending;
+    std::unique_lock<std::mutex> lifecycle(m_LifecycleMutex);
     if (m_Open.load())
         return PkoErrorSuccess;
     // The last session's device must be gone before the camera is opened
@@ -123,7 +124,9 @@ int ArvCameraImpl::Open()
     }
     // A camera whose threads could not all start is no use half open.
     if (result != PkoErrorSuccess && m_Open.load())
-        CloseLocked();
+        ending = CloseLocked();
+    lifecycle.unlock();
+    ending.Finish();
     return result;
 }
 
@@ -265,27 +268,46 @@ void ArvCameraImpl::StartStreamLocked()
 
 int ArvCameraImpl::Close()
 {
-    std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
-    CloseLocked();
+    Ending ending;
+    {
+        std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+        ending = CloseLocked();
+    }
+    // An observer called now may close or open the camera itself.
+    ending.Finish();
     return PkoErrorSuccess;
 }
 
-void ArvCameraImpl::CloseLocked()
+void ArvCameraImpl::Ending::Finish()
 {
+    // No notification after Close: what is queued is dropped, a callback in
+    // progress is waited for, and what the threads still post is ignored.
+    if (notifier)
+        notifier->Stop();
+    for (const shared_ptr<ArvFeature>& feature : features)
+        feature->DropObservers();
+    notifier.reset();
+    features.clear();
+}
+
+ArvCameraImpl::Ending ArvCameraImpl::CloseLocked()
+{
+    Ending ending;
     // Not m_Mutex: a call stuck on a dying camera holds it for seconds.
-    std::vector<shared_ptr<ArvFeature>> features;
     {
         std::lock_guard<std::mutex> state(m_StateMutex);
         if (!m_Open.load())
-            return;
+            return ending;
         m_Open = false;
         ++m_Session;
         try {
-            features = m_Features;
+            ending.features = m_Features;
         } catch (const std::bad_alloc&) {
             // The closer drops the observers then.
         }
     }
+    // Written by Open alone, which cannot run now: no need for m_Mutex.
+    ending.notifier = m_Notifier;
     m_Receiving = false;
     std::deque<std::shared_ptr<PendingCall>> queued;
     {
@@ -303,20 +325,14 @@ void ArvCameraImpl::CloseLocked()
         }
         call->finished.notify_all();
     }
-    // Written by Open alone, which cannot run now: neither needs m_Mutex.
     if (m_Poller)
         m_Poller->RequestStop();
-    // No notification after Close: what is queued is dropped, a callback in
-    // progress is waited for, and what the threads still post is ignored.
-    if (m_Notifier)
-        m_Notifier->Stop();
-    for (const shared_ptr<ArvFeature>& feature : features)
-        feature->DropObservers();
     try {
         m_Closer = std::thread(&ArvCameraImpl::TearDown, this);
     } catch (const std::system_error&) {
         TearDown();
     }
+    return ending;
 }
 
 void ArvCameraImpl::JoinCloser()
@@ -437,7 +453,8 @@ int ArvCameraImpl::StopAcquisition()
 
 bool ArvCameraImpl::IsAcquiring() const
 {
-    return m_Acquiring.load();
+    // A closed camera's flag is reset by its closer, a moment later.
+    return m_Open.load() && m_Acquiring.load();
 }
 
 unsigned long long ArvCameraImpl::FramesDelivered() const

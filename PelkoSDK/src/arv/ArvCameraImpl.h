@@ -103,7 +103,7 @@ public:
     // returns PkoErrorBadHandle to its caller within a fraction of a second
     // and may still take effect on the camera. The threads end and the
     // device is released in the background (see above); the next Open waits
-    // for that.
+    // for that. Close waits for an Open in progress on another thread.
     int Close() override;
     bool IsOpen() const override;
     int GetOpenProblem(std::string& problem) const override;
@@ -201,8 +201,17 @@ private:
     // device has been in it for kStuckAfter. Marks the device stalled.
     bool GiveUp(std::chrono::steady_clock::time_point waitingSince);
 
-    // Close with m_LifecycleMutex held.
-    void CloseLocked();
+    // What Close finishes after it let go of m_LifecycleMutex: an observer
+    // called meanwhile may open or close the camera itself.
+    struct Ending {
+        // Stops the notifications (waiting for a callback in progress) and
+        // drops the observers.
+        void Finish();
+        std::shared_ptr<Notifier> notifier;
+        std::vector<shared_ptr<ArvFeature>> features;
+    };
+    // Ends the session and starts the closer; m_LifecycleMutex held.
+    Ending CloseLocked();
     // The closer thread: waits for the session's threads and releases what
     // the session held.
     void TearDown();
