@@ -11,6 +11,7 @@
 
 #include <PkoAPI/PkoAPI.h>
 
+#include <QFile>
 #include <QTest>
 
 #include <signal.h>
@@ -93,6 +94,18 @@ private:
     std::thread m_Thread;
 };
 
+// The state letter of process pid in /proc ('T' once stopped), or '?'.
+char ProcessState(pid_t pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return '?';
+    // "pid (name) state ...": the name may hold anything but the last ')'.
+    const QByteArray line = stat.readAll();
+    const int end = line.lastIndexOf(')');
+    return end >= 0 && end + 2 < line.size() ? line.at(end + 2) : '?';
+}
+
 // Aravis's in-process fake camera, the camera the user switches to.
 const char* const kOtherCameraId = "ARV:Fake_1";
 // Long enough for a Close that does not wait, well short of the seconds
@@ -164,6 +177,8 @@ private slots:
         QCOMPARE(width->RegisterObserver(registered), int(PkoErrorSuccess));
 
         QCOMPARE(::kill(m_Fake->Pid(), SIGSTOP), 0);
+        // A signal takes effect a moment after kill returns.
+        QTRY_COMPARE_WITH_TIMEOUT(ProcessState(m_Fake->Pid()), 'T', TestSupport::Scaled(5000));
         // The device thread takes the write at once and waits for the camera;
         // the caller gives up.
         QCOMPARE(width->SetValue(other), int(PkoErrorTimeout));
@@ -217,6 +232,8 @@ private slots:
         QVERIFY(height);
 
         QCOMPARE(::kill(m_Fake->Pid(), SIGSTOP), 0);
+        // A signal takes effect a moment after kill returns.
+        QTRY_COMPARE_WITH_TIMEOUT(ProcessState(m_Fake->Pid()), 'T', TestSupport::Scaled(5000));
         long long value = 0;
         QCOMPARE(height->GetValue(value), int(PkoErrorTimeout));
 
