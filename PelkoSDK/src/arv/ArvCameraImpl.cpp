@@ -70,7 +70,10 @@ ArvCameraImpl::ArvCameraImpl(std::string arvId, std::string model, std::string n
 ArvCameraImpl::~ArvCameraImpl()
 {
     m_Anchor->Detach();
-    Close();
+    std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+    CloseLocked().Finish();
+    // The closer uses this object.
+    JoinCloser();
 }
 
 std::string ArvCameraImpl::IdFor(const std::string& arvId)
@@ -100,12 +103,17 @@ int ArvCameraImpl::GetName(std::string& name) const
 
 int ArvCameraImpl::Open()
 {
+    Ending ending;
+    std::unique_lock<std::mutex> lifecycle(m_LifecycleMutex);
+    if (m_Open.load())
+        return PkoErrorSuccess;
+    // The last session's device must be gone before the camera is opened
+    // again; on a dying camera that takes as long as Aravis tries to reach it.
+    JoinCloser();
     int result = PkoErrorSuccess;
     {
         // Opening is the caller's own wait: no giving up here.
         std::lock_guard<std::timed_mutex> lock(m_Mutex);
-        if (m_Open)
-            return PkoErrorSuccess;
         {
             std::lock_guard<std::mutex> state(m_StateMutex);
             m_OpenProblem.clear();
@@ -115,8 +123,10 @@ int ArvCameraImpl::Open()
         EndCallLocked();
     }
     // A camera whose threads could not all start is no use half open.
-    if (result != PkoErrorSuccess && IsOpen())
-        Close();
+    if (result != PkoErrorSuccess && m_Open.load())
+        ending = CloseLocked();
+    lifecycle.unlock();
+    ending.Finish();
     return result;
 }
 
@@ -147,7 +157,7 @@ int ArvCameraImpl::OpenLocked()
     arv_device_set_range_check_policy(device, ARV_RANGE_CHECK_POLICY_ENABLE);
     arv_device_set_access_check_policy(device, ARV_ACCESS_CHECK_POLICY_ENABLE);
 
-    const unsigned long long session = m_Session + 1;
+    const unsigned long long session = m_Session.load() + 1;
     auto lost = std::make_shared<std::atomic<bool>>(false);
     try {
         std::vector<ArvNodeInfo> infos = ArvNodeInfo::Walk(arv_device_get_genicam(device));
@@ -248,7 +258,7 @@ void ArvCameraImpl::StartStreamLocked()
     try {
         m_Receiving = true;
         // It waits for the device lock held here before it looks at the stream.
-        m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, m_Session);
+        m_FrameThread = std::thread(&ArvCameraImpl::ReceiveFrames, this, m_Session.load());
     } catch (const std::system_error&) {
         m_Receiving = false;
         g_object_unref(m_Stream);
@@ -258,53 +268,108 @@ void ArvCameraImpl::StartStreamLocked()
 
 int ArvCameraImpl::Close()
 {
-    std::unique_ptr<ArvPoller> poller;
-    std::thread callThread;
-    std::thread frameThread;
-    std::shared_ptr<Notifier> notifier;
-    std::vector<shared_ptr<ArvFeature>> features;
+    Ending ending;
     {
-        // Waits for a call stuck on the camera: the poller ends after it anyway.
-        std::lock_guard<std::timed_mutex> lock(m_Mutex);
+        std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+        ending = CloseLocked();
+    }
+    // An observer called now may close or open the camera itself.
+    ending.Finish();
+    return PkoErrorSuccess;
+}
+
+void ArvCameraImpl::Ending::Finish()
+{
+    // No notification after Close: what is queued is dropped, a callback in
+    // progress is waited for, and what the threads still post is ignored.
+    if (notifier)
+        notifier->Stop();
+    for (const shared_ptr<ArvFeature>& feature : features)
+        feature->DropObservers();
+    notifier.reset();
+    features.clear();
+}
+
+ArvCameraImpl::Ending ArvCameraImpl::CloseLocked()
+{
+    Ending ending;
+    // Not m_Mutex: a call stuck on a dying camera holds it for seconds.
+    {
         std::lock_guard<std::mutex> state(m_StateMutex);
-        if (!m_Open)
-            return PkoErrorSuccess;
+        if (!m_Open.load())
+            return ending;
         m_Open = false;
         ++m_Session;
-        m_Receiving = false;
-        {
-            std::lock_guard<std::mutex> calls(m_CallsMutex);
-            m_Serving = false;
+        try {
+            ending.features = m_Features;
+        } catch (const std::bad_alloc&) {
+            // The closer drops the observers then.
         }
-        m_CallsWake.notify_all();
-        callThread = std::move(m_CallThread);
+    }
+    // Written by Open alone, which cannot run now: no need for m_Mutex.
+    ending.notifier = m_Notifier;
+    m_Receiving = false;
+    std::deque<std::shared_ptr<PendingCall>> queued;
+    {
+        std::lock_guard<std::mutex> calls(m_CallsMutex);
+        m_Serving = false;
+        queued.swap(m_Calls);
+        m_Queued.store(0, std::memory_order_release);
+    }
+    m_CallsWake.notify_all();
+    for (const std::shared_ptr<PendingCall>& call : queued) {
+        {
+            std::lock_guard<std::mutex> lock(call->mutex);
+            call->result = PkoErrorBadHandle;
+            call->done.store(true);
+        }
+        call->finished.notify_all();
+    }
+    if (m_Poller)
+        m_Poller->RequestStop();
+    try {
+        m_Closer = std::thread(&ArvCameraImpl::TearDown, this);
+    } catch (const std::system_error&) {
+        TearDown();
+    }
+    return ending;
+}
+
+void ArvCameraImpl::JoinCloser()
+{
+    if (m_Closer.joinable())
+        m_Closer.join();
+}
+
+void ArvCameraImpl::TearDown()
+{
+    // Each ends after the step in progress, which may wait for Aravis to
+    // give up on a dying camera. Calls that were not queued in time fail
+    // with PkoErrorBadHandle, the session being over.
+    if (m_CallThread.joinable())
+        m_CallThread.join();
+    if (m_Poller)
+        m_Poller->Stop();
+    // Started by the device thread, which is gone.
+    if (m_FrameThread.joinable())
+        m_FrameThread.join();
+
+    std::unique_ptr<ArvPoller> poller;
+    std::shared_ptr<Notifier> notifier;
+    std::vector<shared_ptr<ArvFeature>> features;
+    ::ArvStream* stream = nullptr;
+    ::ArvDevice* device = nullptr;
+    std::shared_ptr<std::atomic<bool>> lostFlag;
+    {
+        // Free: the threads that take it are gone, and Open waits for us.
+        std::lock_guard<std::timed_mutex> lock(m_Mutex);
+        std::lock_guard<std::mutex> state(m_StateMutex);
         poller = std::move(m_Poller);
-        frameThread = std::move(m_FrameThread);
         notifier = std::move(m_Notifier);
         features = std::move(m_Features);
         m_Features.clear();
         m_FirstIndex.clear();
         m_Pending.clear();
-    }
-    // The threads end outside the lock: they take it for each step. Calls
-    // still queued fail with PkoErrorBadHandle, the session being over.
-    if (callThread.joinable())
-        callThread.join();
-    poller.reset();
-    if (frameThread.joinable())
-        frameThread.join();
-    if (notifier)
-        notifier->Stop();
-    for (const shared_ptr<ArvFeature>& feature : features)
-        feature->DropObservers();
-
-    ::ArvStream* stream = nullptr;
-    ::ArvDevice* device = nullptr;
-    std::shared_ptr<std::atomic<bool>> lostFlag;
-    bool lost = false;
-    {
-        std::lock_guard<std::timed_mutex> lock(m_Mutex);
-        std::lock_guard<std::mutex> state(m_StateMutex);
         stream = std::exchange(m_Stream, nullptr);
         device = std::exchange(m_Device, nullptr);
         if (device != nullptr && m_LostHandler != 0)
@@ -314,30 +379,22 @@ int ArvCameraImpl::Close()
         m_Watch.reset();
         m_Signatures.clear();
         m_Acquiring = false;
-        lost = m_Lost->load();
         // A closed camera is not lost; the next Open tries again.
         lostFlag = std::exchange(m_Lost, std::make_shared<std::atomic<bool>>(false));
     }
-    // The old flag lives until the device is gone: a control-lost signal
+    for (const shared_ptr<ArvFeature>& feature : features)
+        feature->DropObservers();
+    features.clear();
+    notifier.reset();
+    poller.reset();
+    // Releasing a device that stopped answering waits for Aravis's timeouts.
+    // The old lost flag lives until the device is gone: a control-lost signal
     // already under way on Aravis's thread may still set it.
-    const auto release = [stream, device, lostFlag] {
-        if (stream != nullptr)
-            g_object_unref(stream);
-        if (device != nullptr)
-            g_object_unref(device);
-    };
-    if (!lost) {
-        release();
-        return PkoErrorSuccess;
-    }
-    // Releasing a device that stopped answering waits for Aravis's
-    // timeouts; nobody should wait for that.
-    try {
-        std::thread(release).detach();
-    } catch (const std::system_error&) {
-        release();
-    }
-    return PkoErrorSuccess;
+    if (stream != nullptr)
+        g_object_unref(stream);
+    if (device != nullptr)
+        g_object_unref(device);
+    lostFlag.reset();
 }
 
 int ArvCameraImpl::GetOpenProblem(std::string& problem) const
@@ -396,7 +453,8 @@ int ArvCameraImpl::StopAcquisition()
 
 bool ArvCameraImpl::IsAcquiring() const
 {
-    return m_Acquiring.load();
+    // A closed camera's flag is reset by its closer, a moment later.
+    return m_Open.load() && m_Acquiring.load();
 }
 
 unsigned long long ArvCameraImpl::FramesDelivered() const
@@ -463,6 +521,12 @@ int ArvCameraImpl::Run(unsigned long long session, std::function<int(ArvCameraIm
         std::this_thread::yield();
     std::unique_lock<std::mutex> lock(call->mutex);
     while (!call->finished.wait_for(lock, kLockSlice, [&call] { return call->done.load(); })) {
+        if (m_Session.load() != session) {
+            // Closed meanwhile: the device thread drops it if it has not
+            // started it yet.
+            call->abandoned = true;
+            return PkoErrorBadHandle;
+        }
         if (GiveUp(waitingSince)) {
             // Not started: it never will be. Started: it ends on its own.
             call->abandoned = true;

@@ -61,6 +61,17 @@ class ArvVolatileWatch;
 // the session, the lost flag and the feature list are also kept under
 // m_StateMutex, which is never held across a call to the camera, so that
 // state queries and feature lookups never wait for one.
+//
+// Close never waits for the camera either, lost, dying or stopped: it ends
+// the session under m_StateMutex, fails the calls still queued, stops the
+// notifications and hands the rest to a closer thread, which waits for the
+// device, poller and frame threads (one of them may sit for seconds in a
+// request to a dying camera) and then releases the stream and the device.
+// The closer uses this object's members only after those threads ended, and
+// this object outlives it: the next Open waits for it before it opens the
+// device again, and so does the destructor (PkoSystem keeps each camera
+// object until the process ends, so only the exit may wait for a dying
+// camera, for as long as Aravis tries to reach it).
 class ArvCameraImpl final : public Camera {
 public:
     // arvId is what Aravis opens (its device id or an address); the SDK id is
@@ -83,7 +94,16 @@ public:
     // acquisition; one that cannot be set up leaves the camera without
     // frames.
     int Open() override;
-    // Stops the threads and releases the device; never blocks on a lost one.
+    // Ends the session at once, whatever the camera does: from its return on
+    // the camera is closed (IsOpen false, camera calls fail with
+    // PkoErrorDeviceNotOpen, feature calls with PkoErrorBadHandle), no
+    // observer is called any more (an observer call in progress is waited
+    // for; Close from inside one does not wait for it), and calls queued for
+    // the device fail with PkoErrorBadHandle. A call the camera is working on
+    // returns PkoErrorBadHandle to its caller within a fraction of a second
+    // and may still take effect on the camera. The threads end and the
+    // device is released in the background (see above); the next Open waits
+    // for that. Close waits for an Open in progress on another thread.
     int Close() override;
     bool IsOpen() const override;
     int GetOpenProblem(std::string& problem) const override;
@@ -181,6 +201,22 @@ private:
     // device has been in it for kStuckAfter. Marks the device stalled.
     bool GiveUp(std::chrono::steady_clock::time_point waitingSince);
 
+    // What Close finishes after it let go of m_LifecycleMutex: an observer
+    // called meanwhile may open or close the camera itself.
+    struct Ending {
+        // Stops the notifications (waiting for a callback in progress) and
+        // drops the observers.
+        void Finish();
+        std::shared_ptr<Notifier> notifier;
+        std::vector<shared_ptr<ArvFeature>> features;
+    };
+    // Ends the session and starts the closer; m_LifecycleMutex held.
+    Ending CloseLocked();
+    // The closer thread: waits for the session's threads and releases what
+    // the session held.
+    void TearDown();
+    // Waits for the closer thread of the last session. m_LifecycleMutex held.
+    void JoinCloser();
     int OpenLocked();
     int RunCommandByName(const char* name);
     void PostLocked();
@@ -211,14 +247,21 @@ private:
     // Set by the first caller that gave up on a stuck call; cleared when
     // that call returns.
     std::atomic<bool> m_Stalled{false};
-    // Guards the next eight for readers without m_Mutex; writers hold both.
+    // Open, Close and the destructor one at a time; guards m_Closer.
+    std::mutex m_LifecycleMutex;
+    // Tears down the last session; joined by Open and the destructor.
+    std::thread m_Closer;
+    // Guards the next eight for readers without m_Mutex; writers hold both,
+    // but Close, which ends the session without m_Mutex (the device may be
+    // stuck in a call): m_Open and m_Session are atomic for the readers that
+    // hold m_Mutex alone.
     mutable std::mutex m_StateMutex;
     std::string m_Model;
     std::string m_Name;
     // Why the last Open failed beyond its code (a refused description).
     std::string m_OpenProblem;
-    bool m_Open = false;
-    unsigned long long m_Session = 0;
+    std::atomic<bool> m_Open{false};
+    std::atomic<unsigned long long> m_Session{0};
     // Set by Aravis's control-lost signal (on its own thread) or by a call
     // that timed out; shared with the signal handler, which may outlive a
     // session by a moment.

@@ -18,13 +18,18 @@ ArvPoller::~ArvPoller()
 
 void ArvPoller::Stop()
 {
+    RequestStop();
+    if (m_Thread.joinable())
+        m_Thread.join();
+}
+
+void ArvPoller::RequestStop()
+{
     {
         std::lock_guard<std::mutex> lock(m_Mutex);
         m_Stopping = true;
     }
     m_Wake.notify_all();
-    if (m_Thread.joinable())
-        m_Thread.join();
 }
 
 void ArvPoller::Run()

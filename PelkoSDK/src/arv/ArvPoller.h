@@ -27,6 +27,9 @@ public:
     // Ends the thread after the tick in progress; must not be called from
     // inside tick. Calling it twice does nothing.
     void Stop();
+    // Asks the thread to end after the tick in progress without waiting for
+    // it (a tick may sit in a call to a dying camera); Stop joins it later.
+    void RequestStop();
 
 private:
     void Run();
