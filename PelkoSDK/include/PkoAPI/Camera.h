@@ -26,6 +26,11 @@ public:
     virtual int GetName(std::string& name) const = 0;
 
     // Opening an open camera, or closing a closed one, succeeds and does nothing.
+    // Close returns at once, also on a camera that stopped answering: from its
+    // return on the camera's calls fail with PkoErrorDeviceNotOpen, its
+    // features' with PkoErrorBadHandle, and no observer is called (a callback
+    // in progress is waited for). A camera may finish releasing the device in
+    // the background; opening it again waits for that.
     virtual int Open() = 0;
     virtual int Close() = 0;
     virtual bool IsOpen() const = 0;
