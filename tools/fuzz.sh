@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for a while:
-#   tools/fuzz.sh [--seconds N] [--build DIR] [TARGET...]   (default 60 s, every target)
+#   tools/fuzz.sh [--seconds N] [--build DIR] [--build-only] [TARGET...]   (default 60 s, every target)
 # (the older form `tools/fuzz.sh N [TARGET...]` still works). Seeds come from
 # tests/fuzz/corpus/<name>/ (never written to); what a run learns stays in
 # DIR/corpus/<name>/. A crash, a hang (one input taking more than 10 s), a
@@ -11,12 +11,14 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=60
 build=$root/build-fuzz
 targets=()
-usage() { echo "usage: $0 [--seconds N] [--build DIR] [TARGET...]" >&2; exit 2; }
+build_only=0
+usage() { echo "usage: $0 [--seconds N] [--build DIR] [--build-only] [TARGET...]" >&2; exit 2; }
 while [ $# -gt 0 ]; do
   case $1 in
     --seconds) [ $# -ge 2 ] || usage; seconds=$2; shift 2 ;;
     --seconds=*) seconds=${1#--seconds=}; shift ;;
     --build) [ $# -ge 2 ] || usage; build=$2; shift 2 ;;
+    --build-only) build_only=1; shift ;;
     -h|--help) usage ;;
     -*) usage ;;
     *)
@@ -42,14 +44,19 @@ CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DPKO_FUZZ=ON -DCMAKE_BUILD_TY
 jobs=$(nproc)
 [ "$jobs" -le 2 ] || jobs=2
 cmake --build "$build" -j"$jobs" --target "${targets[@]}"
+[ "$build_only" = 0 ] || exit 0
 mkdir -p "$build/crashes"
 # All targets at once: each runs for its time on whatever the machine gives.
 pids=()
 for target in "${targets[@]}"; do
   name=${target#fuzz_}
   mkdir -p "$build/corpus/$name"
-  # Qt's offscreen platform, for targets that make widgets.
-  QT_QPA_PLATFORM=offscreen "$build/bin/$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
+  # Qt's offscreen platform, for targets that make widgets. Allocations are
+  # unwound in full, through Qt's frames, so that a leak of Qt's own can be
+  # told from ours (tests/fuzz/lsan.supp).
+  QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=fast_unwind_on_malloc=0 \
+    LSAN_OPTIONS=suppressions=$root/tests/fuzz/lsan.supp:print_suppressions=0 \
+    "$build/bin/$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
     -artifact_prefix="$build/crashes/$target-" "$build/corpus/$name" "$root/tests/fuzz/corpus/$name" \
     >"$build/$target.log" 2>&1 &
   pids+=($!)

@@ -2,11 +2,13 @@
 // a node map of our own: types, ranges and increments, locks, availability,
 // selectors, notifications, polling, frames and concurrent use.
 
+// Before any Qt header: GLib's headers use the name "signals".
+#include <arv.h>
+
+#include "SimTestSupport.h"
 #include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
-
-#include <arv.h>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -892,13 +894,7 @@ private:
     QTemporaryDir m_Dir;
     CameraPtr m_Camera;
 
-    FeaturePtr Feature(const char* name)
-    {
-        FeaturePtr feature;
-        if (m_Camera->GetFeatureByName(name, feature) != PkoErrorSuccess)
-            return FeaturePtr();
-        return feature;
-    }
+    FeaturePtr Feature(const char* name) { return TestSupport::FeatureNamed(m_Camera, name); }
 
 private slots:
     void initTestCase()

@@ -7,6 +7,7 @@
 #include <arv.h>
 
 #include "FakeGvCamera.h"
+#include "SimTestSupport.h"
 #include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -121,13 +122,7 @@ private:
     std::unique_ptr<FakeGvCamera> m_Fake;
     CameraPtr m_Camera;
 
-    FeaturePtr Feature(const char* name)
-    {
-        FeaturePtr feature;
-        if (m_Camera->GetFeatureByName(name, feature) != PkoErrorSuccess)
-            return FeaturePtr();
-        return feature;
-    }
+    FeaturePtr Feature(const char* name) { return TestSupport::FeatureNamed(m_Camera, name); }
 
 private slots:
     void initTestCase()

@@ -1,6 +1,7 @@
 // The frame API on the simulated cameras, which every viewer shows without
 // any camera attached: a moving grey test pattern at the camera's size.
 
+#include "SimTestSupport.h"
 #include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -18,13 +19,7 @@ class tst_ArvBackendFrames : public QObject {
 private:
     Sim::SimCameraPtr m_Camera;
 
-    FeaturePtr Feature(const char* name)
-    {
-        FeaturePtr feature;
-        if (m_Camera->GetFeatureByName(name, feature) != PkoErrorSuccess)
-            return FeaturePtr();
-        return feature;
-    }
+    FeaturePtr Feature(const char* name) { return TestSupport::FeatureNamed(m_Camera, name); }
 
 private slots:
     void init()

@@ -3,6 +3,7 @@
 // it is open.
 
 #include "FakeGvCamera.h"
+#include "SimTestSupport.h"
 #include "TestTime.h"
 
 #include <PkoAPI/PkoAPI.h>
@@ -63,13 +64,7 @@ private:
     std::unique_ptr<FakeGvCamera> m_Fake;
     CameraPtr m_Camera;
 
-    FeaturePtr Feature(const char* name)
-    {
-        FeaturePtr feature;
-        if (m_Camera->GetFeatureByName(name, feature) != PkoErrorSuccess)
-            return FeaturePtr();
-        return feature;
-    }
+    FeaturePtr Feature(const char* name) { return TestSupport::FeatureNamed(m_Camera, name); }
 
 private slots:
     void init()

@@ -83,6 +83,17 @@ inline void AddTriggerModels(const char* modelColumn = "model", const char* flag
 // What FeaturesOf gives when the camera lists nothing (null or not open).
 enum class WhenUnlisted { Empty, Null };
 
+// The feature of that name of any camera, simulated or not; null when the
+// camera has none or cannot say.
+template <class CameraPointer>
+inline FeaturePtr FeatureNamed(const CameraPointer& camera, const char* name)
+{
+    FeaturePtr feature;
+    if (!camera || camera->GetFeatureByName(name, feature) != ZMT::PkoAPI::PkoErrorSuccess)
+        return FeaturePtr();
+    return feature;
+}
+
 // The feature list as the host hands it to a tab.
 inline FeatureList FeaturesOf(const SimCameraPtr& camera, WhenUnlisted unlisted = WhenUnlisted::Empty)
 {
