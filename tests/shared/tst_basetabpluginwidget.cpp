@@ -143,7 +143,6 @@ private slots:
     void shouldTickEverySecondWhileShown();
 
     void shouldUnregisterAndReleaseTheObserverOnDestruction();
-    void shouldLetTheNotificationThreadDeleteTheObserverOnceTheWidgetIsGone();
     void shouldLeaveTimerMutexQueueAndFeatureManagerAlive();
 
     void shouldFillAComboWithTheAvailableEntries();
@@ -614,37 +613,6 @@ void TestBaseTabPluginWidget::shouldUnregisterAndReleaseTheObserverOnDestruction
     QVERIFY(Write(camera, "Alpha", 12));
     QVERIFY(camera->WaitForNotifications(3000));
     QCOMPARE(observer.use_count(), 1L);
-}
-
-// The camera's notification thread may hold the observer's last reference
-// and delete it on that thread, right after the widget is gone. Under the
-// thread sanitizer this shows whether the widget still touched the observer
-// after letting go of it (its connections to the observer, say).
-void TestBaseTabPluginWidget::shouldLetTheNotificationThreadDeleteTheObserverOnceTheWidgetIsGone()
-{
-    Sim::SimCameraPtr camera = BuildCamera();
-    QVERIFY(camera);
-    Pko::shared_ptr<GateObserver> gate(new GateObserver());
-    Pko::FeaturePtr unwatched;
-    QCOMPARE(camera->GetFeatureByName("Unwatched", unwatched), int(Pko::PkoErrorSuccess));
-    QPointer<QObject> observer;
-    {
-        RecordingTabWidget widget(ListFeatures(camera), Watched());
-        widget.show();
-        QVERIFY(Settle(camera));
-        observer = dynamic_cast<QObject*>(widget.m_FeatureObserver.get());
-        QVERIFY(!observer.isNull());
-        QCOMPARE(unwatched->RegisterObserver(gate), int(Pko::PkoErrorSuccess));
-        QVERIFY(Write(camera, "Unwatched", 1));
-        QVERIFY(gate->WaitUntilHeld(3000));
-        // Queued behind the gate with the observer's reference.
-        QVERIFY(Write(camera, "Alpha", 7));
-    }
-    QVERIFY(!observer.isNull());
-    gate->Open();
-    QVERIFY(camera->WaitForNotifications(3000));
-    QVERIFY(observer.isNull());
-    QCOMPARE(unwatched->UnregisterObserver(gate), int(Pko::PkoErrorSuccess));
 }
 
 void TestBaseTabPluginWidget::shouldLeaveTimerMutexQueueAndFeatureManagerAlive()

@@ -1,5 +1,6 @@
 #include "MonitorBenchmark.h"
 
+#include "FakeCameraLookup.h"
 #include "FakeGvCamera.h"
 #include "IOMonitorWidget.h"
 #include "SignalStripView.h"
@@ -141,17 +142,6 @@ IOMonitorWidget* BuildMonitor(const FeatureList& features, QWidget& page, QStrin
         error = QString::fromLocal8Bit(failure.what());
         return nullptr;
     }
-}
-
-ZMT::PkoAPI::CameraPtr FindFakeCamera(const QString& serial)
-{
-    ZMT::PkoAPI::PkoSystem& system = ZMT::PkoAPI::PkoSystem::GetInstance();
-    for (const QString& id : {"ARV:Aravis-Fake-" + serial, QStringLiteral("ARV:127.0.0.1")}) {
-        ZMT::PkoAPI::CameraPtr camera;
-        if (system.GetCameraByID(id.toLatin1().constData(), camera) == 0 && camera)
-            return camera;
-    }
-    return ZMT::PkoAPI::CameraPtr();
 }
 
 struct GigEFigures {

@@ -18,6 +18,7 @@
 // Needs arv-fake-gv-camera-0.8 on PATH; waits for the machine-wide lock of
 // the loopback camera port while tests hold it.
 
+#include "FakeCameraLookup.h"
 #include "FakeGvCamera.h"
 #include "MonitorBenchmark.h"
 #include "SettingsBenchmark.h"
@@ -136,17 +137,6 @@ QString RunLine(const QString& what, int run, const TabBenchmark::Result& result
                     .arg(result.backgroundPerSecond, 0, 'f', 1)
                     .arg(result.pollingPerSecond, 0, 'f', 1);
     return line;
-}
-
-ZMT::PkoAPI::CameraPtr FindFakeCamera(const QString& serial)
-{
-    ZMT::PkoAPI::PkoSystem& system = ZMT::PkoAPI::PkoSystem::GetInstance();
-    for (const QString& id : {"ARV:Aravis-Fake-" + serial, QStringLiteral("ARV:127.0.0.1")}) {
-        ZMT::PkoAPI::CameraPtr camera;
-        if (system.GetCameraByID(id.toLatin1().constData(), camera) == 0 && camera)
-            return camera;
-    }
-    return ZMT::PkoAPI::CameraPtr();
 }
 
 // One run on a fake camera of its own; false with the reason printed on
